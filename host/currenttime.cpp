@@ -1,0 +1,8 @@
+#include "currenttime.h"
+
+CurrentTime::~CurrentTime() = default;
+
+QDateTime CurrentTime::now() const
+{
+    return QDateTime::currentDateTime();
+}

@@ -1,0 +1,7 @@
+#include "documentexception.h"
+
+DocumentException::DocumentException(const tr::Tr &message, bool recoverable)
+    : BasicException(message)
+    , m_recoverable(recoverable)
+{
+}

@@ -1,0 +1,6 @@
+#include "shiftopenexception.h"
+
+ShiftOpenException::ShiftOpenException(const tr::Tr &message)
+    : DocumentException(message, false)
+{
+}

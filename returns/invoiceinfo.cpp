@@ -1,0 +1,41 @@
+#include "invoiceinfo.h"
+
+namespace {
+constexpr int IdentifierLength = 24;
+constexpr int InvoiceWidth = 6;
+constexpr int RawCashWidth = 4;
+constexpr int StoreWidth = 4;
+constexpr int CashWidth = 6;
+const QLatin1Char Zero('0');
+} // namespace
+
+InvoiceInfo::InvoiceInfo(const QString &text)
+{
+    if (text.size() != IdentifierLength)
+        return;
+    cashCode = text.right(InvoiceWidth + RawCashWidth).left(RawCashWidth);
+    invoiceNumber = text.right(InvoiceWidth);
+}
+
+bool InvoiceInfo::valid() const
+{
+    return !cashCode.isEmpty() && !invoiceNumber.isEmpty();
+}
+
+QString InvoiceInfo::invoiceIdRaw() const
+{
+    return QStringLiteral("0/0/%3/%4")
+        .arg(cashCode.rightJustified(RawCashWidth, Zero), invoiceNumber.rightJustified(InvoiceWidth, Zero));
+}
+
+QString InvoiceInfo::invoiceId() const
+{
+    return invoiceIdRaw().remove(QLatin1Char('/'));
+}
+
+QString InvoiceInfo::documentId() const
+{
+    return QStringLiteral("%1%2%3%4")
+        .arg(storeNumber.rightJustified(StoreWidth, Zero), invoiceDate.toString(QStringLiteral("ddMMyyyy")),
+             cashCode.rightJustified(CashWidth, Zero), invoiceNumber.rightJustified(InvoiceWidth, Zero));
+}
