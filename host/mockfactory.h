@@ -1,8 +1,11 @@
 #pragma once
 
+#include "hostobjects.h"
+
 #include <QSharedPointer>
 
 #include <functional>
+#include <typeinfo>
 
 /// Makes host objects that a test or the host application may substitute:
 /// create() hands out what the registered creator makes, or a new default
@@ -15,25 +18,21 @@ public:
 
     static QSharedPointer<T> create()
     {
-        if (creator())
-            return creator()();
+        if (const auto creator = std::static_pointer_cast<Creator>(slot()))
+            return (*creator)();
         return QSharedPointer<T>::create();
     }
 
-    static void setCreator(const Creator &make) { creator() = make; }
+    static void setCreator(const Creator &make) { slot() = std::make_shared<Creator>(make); }
 
     /// Every create() returns this one object.
     static void setInstance(const QSharedPointer<T> &object)
     {
-        creator() = [object] { return object; };
+        setCreator([object] { return object; });
     }
 
-    static void clearCreator() { creator() = nullptr; }
+    static void clearCreator() { slot().reset(); }
 
 private:
-    static Creator &creator()
-    {
-        static Creator make;
-        return make;
-    }
+    static std::shared_ptr<void> &slot() { return HostObjects::slot(HostObjects::FactoryCreator, typeid(T).name()); }
 };

@@ -1,0 +1,6 @@
+#include "contextmanager.h"
+
+ContextManager::ContextManager()
+    : m_current(EContext::Menu)
+{
+}

@@ -1,0 +1,7 @@
+#include "documentimpactdetail.h"
+
+DocumentImpactDetail::DocumentImpactDetail(int discountMode, double discountSum)
+    : m_discountMode(discountMode)
+    , m_discountSum(discountSum)
+{
+}

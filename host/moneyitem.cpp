@@ -1,0 +1,6 @@
+#include "moneyitem.h"
+
+MoneyItem::MoneyItem(QObject *parent)
+    : QObject(parent)
+{
+}

@@ -1,0 +1,6 @@
+#include "quantity.h"
+
+Quantity::Quantity(double value)
+    : m_value(value)
+{
+}

@@ -1,0 +1,8 @@
+#include "session.h"
+
+#include "abstractdocument.h"
+
+Session::Session()
+    : m_user(QSharedPointer<User>::create())
+{
+}

@@ -1,0 +1,6 @@
+#include "settableclock.h"
+
+SettableClock::SettableClock(const QDateTime &now)
+    : m_now(now)
+{
+}

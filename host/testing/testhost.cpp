@@ -1,0 +1,75 @@
+#include "testhost.h"
+
+#include "../actionqueuecontroller.h"
+#include "../cashdrawer.h"
+#include "../config.h"
+#include "../contextmanager.h"
+#include "../dictionariesdao.h"
+#include "../documentfacade.h"
+#include "../documentlogic.h"
+#include "../documentsdao.h"
+#include "../frcollection.h"
+#include "../mockfactory.h"
+#include "../qml/qmlbasedgui.h"
+#include "../restclient.h"
+#include "../savetofilelogic.h"
+#include "../session.h"
+#include "../simpleformatter.h"
+#include "../singleton.h"
+#include "../valutcollection.h"
+
+#include <QFile>
+
+TestHost::TestHost(const QString &iniText)
+    : m_dialog(QSharedPointer<ScriptedDialog>::create())
+    , m_clock(QSharedPointer<SettableClock>::create())
+{
+    reset();
+    setConfig(iniText);
+    auto *session = Singleton<Session>::instance();
+    session->getRegistry().setShopCode(QStringLiteral("7"));
+    session->getRegistry().setCashCode(QStringLiteral("12"));
+    session->setCurrentUser(QSharedPointer<User>::create(5, QStringLiteral("1005"), QStringLiteral("Иванова А. А.")));
+    MockFactory<Dialog>::setInstance(m_dialog);
+    MockFactory<CurrentTime>::setInstance(m_clock);
+}
+
+TestHost::~TestHost()
+{
+    reset();
+}
+
+void TestHost::setConfig(const QString &iniText)
+{
+    QFile file(configFile());
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        file.write(iniText.toUtf8());
+    file.close();
+    Singleton<Config>::setInstance(new Config(configFile()));
+}
+
+QString TestHost::configFile() const
+{
+    return m_dir.filePath(QStringLiteral("host.ini"));
+}
+
+void TestHost::reset()
+{
+    Singleton<Session>::reset();
+    Singleton<DocumentsDao>::reset();
+    Singleton<Config>::reset();
+    Singleton<ActionQueueController>::reset();
+    Singleton<ContextManager>::reset();
+    Singleton<DictionariesDao>::reset();
+    Singleton<DocumentFacade>::reset();
+    Singleton<ValutCollection>::reset();
+    Singleton<FrCollection>::reset();
+    Singleton<qml::QmlBasedGui>::reset();
+    MockFactory<Dialog>::clearCreator();
+    MockFactory<CurrentTime>::clearCreator();
+    MockFactory<RestClient>::clearCreator();
+    MockFactory<DocumentLogic>::clearCreator();
+    MockFactory<SaveToFileLogic>::clearCreator();
+    MockFactory<SimpleFormatter>::clearCreator();
+    MockFactory<CashDrawer>::clearCreator();
+}

@@ -1,0 +1,6 @@
+#include "tmc.h"
+
+Tmc::Tmc(const QSet<int> &getMethods)
+    : m_getMethods(getMethods)
+{
+}

@@ -1,0 +1,6 @@
+#include "tmcunit.h"
+
+TmcUnit::TmcUnit(bool fractional)
+    : m_fractional(fractional)
+{
+}
