@@ -1,0 +1,10 @@
+#include "shiftclosedexception.h"
+
+namespace tessaro {
+
+ShiftClosedException::ShiftClosedException()
+    : BasicException(tr::Tr(QStringLiteral("tessaroShiftClosed"), QStringLiteral("Смена в Tessaro закрыта")))
+{
+}
+
+} // namespace tessaro
