@@ -1,0 +1,119 @@
+#include <backbysaledocument.h>
+#include <documentserializer.h>
+#include <savetofilelogic.h>
+#include <config.h>
+#include <singleton.h>
+#include <testing/testhost.h>
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+class TestDocumentSerializer : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void roundTripKeepsEverythingPluginsStore();
+    void backBySaleKeepsIdentifierAndSource();
+    void notADocument();
+    void saveWritesToConfiguredFolder();
+    void saveWithoutFolderKeepsInMemory();
+};
+
+void TestDocumentSerializer::roundTripKeepsEverythingPluginsStore()
+{
+    BackDocument document;
+    document.setShopCode(QStringLiteral("7"));
+    document.setDocumentProperty(QStringLiteral("invoiceInfo"),
+                                 QVariantMap{{QStringLiteral("cashCode"), QStringLiteral("0012")},
+                                             {QStringLiteral("invoiceDate"), QDate(2024, 2, 1)}});
+    document.setCommonBackReason(5);
+    document.setRoundingSum(-0.3);
+    document.setPluginData(27, QStringLiteral("adviceNoteResponse"),
+                           QVariantMap{{QStringLiteral("requestHashSum"), QStringLiteral("abc")},
+                                       {QStringLiteral("response"), QJsonObject{{QStringLiteral("Key4"), QStringLiteral("0/0/1")}}}});
+    auto goods = QSharedPointer<GoodsItem>::create();
+    goods->setCode(QStringLiteral("1001"));
+    goods->setBquant(2.5);
+    goods->setSumb(250.0);
+    goods->setActualVatIndex(1);
+    goods->setVatCodesArray({1, 2});
+    goods->setVatSumsArray({0.0, 41.67});
+    goods->setTmcUnit(QSharedPointer<TmcUnit>::create(true));
+    goods->setAdditionalData(QStringLiteral("tessaro"), QStringLiteral("backReason"), 3);
+    document.addGoodsItem(goods);
+    auto money = QSharedPointer<MoneyItem>::create();
+    money->setValCode(1);
+    money->setAmount(100.0);
+    money->setCardNum(QStringLiteral("******1234"));
+    document.addMoneyItem(money);
+    document.addImpact(QSharedPointer<DocumentImpact>::create(QList<DocumentImpactDetail>{DocumentImpactDetail(11, 0.3)}));
+    document.addCardRecord(QSharedPointer<DocumentCardRecord>::create(27, QStringLiteral("123456789012345678")));
+
+    const QJsonObject json = DocumentSerializer::toJson(document);
+    const auto copy = DocumentSerializer::fromJson(QJsonDocument::fromJson(QJsonDocument(json).toJson()).object());
+    QVERIFY(copy);
+    QVERIFY(qobject_cast<BackDocument *>(copy.data()));
+    QCOMPARE(copy->getId(), document.getId());
+    QCOMPARE(copy->getType(), 2);
+    QCOMPARE(copy->getShopCode(), QStringLiteral("7"));
+    QCOMPARE(copy->getCommonBackReason().toInt(), 5);
+    QCOMPARE(copy->getRoundingSum(), -0.3);
+    QCOMPARE(copy->getDocumentProperty(QStringLiteral("invoiceInfo")).toMap().value(QStringLiteral("cashCode")).toString(), QStringLiteral("0012"));
+    QCOMPARE(copy->getDocumentProperty(QStringLiteral("invoiceInfo")).toMap().value(QStringLiteral("invoiceDate")).toDate(), QDate(2024, 2, 1));
+    const QVariantMap advice = copy->getPluginData(27, QStringLiteral("adviceNoteResponse")).toMap();
+    QCOMPARE(advice.value(QStringLiteral("requestHashSum")).toString(), QStringLiteral("abc"));
+    QCOMPARE(advice.value(QStringLiteral("response")).toJsonObject().value(QStringLiteral("Key4")).toString(), QStringLiteral("0/0/1"));
+    QCOMPARE(copy->getGoodsItems().size(), 1);
+    const auto item = copy->getGoodsItems().first();
+    QCOMPARE(item->getQuantity(), 2.5);
+    QCOMPARE(item->getVatSumsArray(), (QList<double>{0.0, 41.67}));
+    QVERIFY(item->getTmcUnit()->isFractional());
+    QCOMPARE(item->getAdditionalData(QStringLiteral("tessaro"), QStringLiteral("backReason")).toInt(), 3);
+    QCOMPARE(copy->getMoneyItems().first()->getCardNum(), QStringLiteral("******1234"));
+    QCOMPARE(copy->getImpacts().first()->getTotals().first().getDiscountSum(), 0.3);
+    QCOMPARE(copy->getCardRecord(27)->getNumber().toString(), QStringLiteral("123456789012345678"));
+}
+
+void TestDocumentSerializer::backBySaleKeepsIdentifierAndSource()
+{
+    BackBySaleDocument document;
+    document.setSaleIdentifier(QStringLiteral("000100122024000012000345"));
+    auto sale = QSharedPointer<AbstractDocument>::create(1);
+    sale->setDateTime(QDateTime(QDate(2024, 1, 10), QTime(12, 0)));
+    document.setSourceDocument(sale);
+    const auto copy = DocumentSerializer::fromJson(DocumentSerializer::toJson(document)).dynamicCast<BackBySaleDocument>();
+    QVERIFY(copy);
+    QCOMPARE(copy->getSaleIdentifier(), QStringLiteral("000100122024000012000345"));
+    QCOMPARE(copy->getSourceDocument()->getDateTime().date(), QDate(2024, 1, 10));
+}
+
+void TestDocumentSerializer::notADocument()
+{
+    QVERIFY(!DocumentSerializer::fromJson(QJsonObject{{QStringLiteral("x"), 1}}));
+}
+
+void TestDocumentSerializer::saveWritesToConfiguredFolder()
+{
+    TestHost host;
+    host.setConfig(QStringLiteral("[Host]\ndocumentsDir=%1/docs\n").arg(host.folder()));
+    auto document = QSharedPointer<BackDocument>::create();
+    document->setPluginData(27, QStringLiteral("invoiceID"), QStringLiteral("000012000345"));
+    QVERIFY(SaveToFileLogic().save(document, {}));
+    QFile file(SaveToFileLogic::fileName(host.folder() + QStringLiteral("/docs"), document->getId()));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const auto copy = DocumentSerializer::fromJson(QJsonDocument::fromJson(file.readAll()).object());
+    QCOMPARE(copy->getPluginData(27, QStringLiteral("invoiceID")).toString(), QStringLiteral("000012000345"));
+}
+
+void TestDocumentSerializer::saveWithoutFolderKeepsInMemory()
+{
+    TestHost host;
+    QVERIFY(SaveToFileLogic().save(QSharedPointer<BackDocument>::create(), {}));
+    QVERIFY(!SaveToFileLogic().save({}, {}));
+}
+
+QTEST_GUILESS_MAIN(TestDocumentSerializer)
+#include "tst_documentserializer.moc"
