@@ -70,6 +70,7 @@ private slots:
     void largeBodyGoesWithoutExpect();
     void keepAliveReusesOneConnection();
     void closedKeptAliveConnectionIsReplaced();
+    void deadKeptAliveConnectionIsRetriedOnce();
     void emptyAnswerBody();
     void jsonArrayAnswer();
     void httpFailure_data();
@@ -249,6 +250,24 @@ void TestRestClient::closedKeptAliveConnectionIsReplaced()
     const QList<ScriptedHttpServer::Request> requests = m_server->requests();
     QCOMPARE(requests.size(), 2);
     QVERIFY(requests.at(1).peerPort != requests.at(0).peerPort);
+}
+
+// A kept-alive connection that dies before any answer (the server timed it out
+// as the request went) costs the exchange nothing: libcurl sends the request
+// once more on a new connection.
+void TestRestClient::deadKeptAliveConnectionIsRetriedOnce()
+{
+    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+    m_server->enqueue(Answer::close());
+    m_server->enqueue(Answer::json(200, R"({"retried":true})"));
+
+    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+
+    const QList<ScriptedHttpServer::Request> requests = m_server->requests();
+    QCOMPARE(requests.size(), 3);
+    QCOMPARE(requests.at(1).peerPort, requests.at(0).peerPort);
+    QVERIFY(requests.at(2).peerPort != requests.at(1).peerPort);
+    QVERIFY(m_client->lastResponse().responseObject().value(QStringLiteral("retried")).toBool());
 }
 
 void TestRestClient::emptyAnswerBody()

@@ -43,8 +43,11 @@ public:
     {
         enum class Kind {
             Reply,  ///< An HTTP answer: status line, headers, Content-Length, body.
-            Close,  ///< Closes the connection without answering.
-            Reset,  ///< Resets the connection (TCP RST) without answering.
+            /// Closes the connection without answering. A client that had reused
+            /// the connection may send the request once more on a new one
+            /// (libcurl does), which takes the next answer.
+            Close,
+            Reset,  ///< Resets the connection (TCP RST) without answering; as Close.
             Hang,   ///< Never answers; the connection stays open until the client
                     ///< gives up or the server stops.
         };
