@@ -1,0 +1,98 @@
+#include "returndocuments.h"
+
+#include "responses/traceability.h"
+
+#include <documentcardrecord.h>
+#include <documentimpact.h>
+
+const QString ReturnDocuments::customerCard = QStringLiteral("778899123456789012");
+
+InvoiceInfo ReturnDocuments::invoice()
+{
+    InvoiceInfo info;
+    info.cashCode = QStringLiteral("0012");
+    info.invoiceNumber = QStringLiteral("000345");
+    info.storeNumber = QStringLiteral("0007");
+    info.invoiceDate = QDate(2024, 2, 1);
+    return info;
+}
+
+QSharedPointer<BackDocument> ReturnDocuments::plainReturn()
+{
+    auto document = QSharedPointer<BackDocument>::create();
+    document->setId(QStringLiteral("back-1"));
+    fill(*document);
+    document->addMoneyItem(payment(3, MoneyItem::BankCard, 200.0));
+    document->addMoneyItem(payment(1, MoneyItem::Cash, 100.0));
+    document->addMoneyItem(payment(1, MoneyItem::Cash, 50.0));
+    document->addMoneyItem(payment(1, MoneyItem::Cash, 0.3, true));
+    // Rounding by change and fiscal rounding count; the loyalty discount (mode 2) does not.
+    document->addImpact(QSharedPointer<DocumentImpact>::create(
+        QList<DocumentImpactDetail>{{6, 0.1}, {2, 10.0}, {11, 0.05}}));
+    document->setRoundingSum(0.14);
+    return document;
+}
+
+QSharedPointer<BackBySaleDocument> ReturnDocuments::returnBySale()
+{
+    auto document = QSharedPointer<BackBySaleDocument>::create();
+    document->setId(QStringLiteral("backbysale-1"));
+    document->setSaleIdentifier(QStringLiteral("000701022024000012000345"));
+    fill(*document);
+    document->addMoneyItem(payment(3, MoneyItem::BankCard, 349.99));
+    return document;
+}
+
+QMap<QString, QString> ReturnDocuments::clientSettings()
+{
+    return {
+        {QStringLiteral("Tessaro.VatCodes:5"), QStringLiteral("3")},
+        {QStringLiteral("Tessaro.PaymentCodes:2"), QStringLiteral("3")},
+    };
+}
+
+QSharedPointer<GoodsItem> ReturnDocuments::position(int posnum, const QString &code, double quantity, double sum)
+{
+    auto item = QSharedPointer<GoodsItem>::create();
+    item->setPosnum(posnum);
+    item->setCode(code);
+    item->setBquant(quantity);
+    item->setPrice(sum / quantity);
+    item->setSumb(sum);
+    return item;
+}
+
+QSharedPointer<MoneyItem> ReturnDocuments::payment(int code, int valutType, double amount, bool change)
+{
+    auto item = QSharedPointer<MoneyItem>::create();
+    item->setValCode(code);
+    item->setValutType(valutType);
+    item->setAmount(amount);
+    item->setChange(change);
+    return item;
+}
+
+void ReturnDocuments::fill(AbstractDocument &document)
+{
+    document.setShopCode(QStringLiteral("7"));
+    document.setCommonBackReason(5);
+    document.addCardRecord(QSharedPointer<DocumentCardRecord>::create(27, customerCard));
+
+    const auto first = position(1, QStringLiteral("100200"), 2.0, 250.0);
+    first->setVatRate(20.0);
+    first->setActualVatIndex(1);
+    first->setVatCodesArray({1, 3});
+    first->setVatSumsArray({0.0, 41.67});
+    first->setAdditionalData(QStringLiteral("tessaro"), QStringLiteral("backReason"), 3);
+    orvel::Traceability record;
+    record.cdn = QStringLiteral("CDN-0001");
+    record.cdnOrig = QStringLiteral("0123ABC");
+    record.serialNumber = QStringLiteral("SN-77");
+    record.gtin = QStringLiteral("04601234567890");
+    first->setAdditionalData(QStringLiteral("orvel"), QStringLiteral("traceability"), record.toMap());
+    document.addGoodsItem(first);
+
+    const auto second = position(2, QStringLiteral("300400"), 1.0, 99.99);
+    second->setGoodsKitBarcode(QStringLiteral("0104601234567890215KIT"));
+    document.addGoodsItem(second);
+}

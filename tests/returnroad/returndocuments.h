@@ -1,0 +1,43 @@
+#pragma once
+
+#include "returns/invoiceinfo.h"
+
+#include <backbysaledocument.h>
+#include <backdocument.h>
+
+#include <QMap>
+#include <QSharedPointer>
+#include <QString>
+
+/// The returns that the advice-note tests close, as the till holds them at
+/// that moment, and the client settings they are read with.
+///
+/// Both returns carry the same two positions: position 1 (article 100200,
+/// 2 pieces, 250.00 with VAT code 3 at 20 %, its own reason 3 and a
+/// traceability record) and position 2 (article 300400, 1 piece, 99.99 without
+/// VAT, no reason of its own, a goods-kit barcode). The common reason is 5 and
+/// the customer card has 18 digits. The plain return (349.99) is paid out by
+/// card (200) and twice in cash (100 and 50), with 0.30 of change and 0.29 of
+/// rounding; the return by sale is paid out by card only.
+class ReturnDocuments
+{
+public:
+    /// The sale both returns refer to: store 7, till 12, invoice 000345 of 1 February 2024.
+    static InvoiceInfo invoice();
+    static QSharedPointer<BackDocument> plainReturn();
+    static QSharedPointer<BackBySaleDocument> returnBySale();
+
+    /// The client settings the bodies are built with: till VAT code 3 is the
+    /// service's 5, till payment code 3 (card) the service's 2.
+    static QMap<QString, QString> clientSettings();
+
+    /// A position of \a quantity pieces worth \a sum, without VAT.
+    static QSharedPointer<GoodsItem> position(int posnum, const QString &code, double quantity, double sum);
+    /// A payment of \a amount in currency \a code of currency type \a valutType.
+    static QSharedPointer<MoneyItem> payment(int code, int valutType, double amount, bool change = false);
+
+    static const QString customerCard;
+
+private:
+    static void fill(AbstractDocument &document);
+};
