@@ -39,6 +39,38 @@ void appendLine(HeaderList &list, const QByteArray &line)
     }
 }
 
+// The body of a POST, handed to libcurl piece by piece.
+//
+// libcurl sends a request once more on a fresh connection when a kept-alive
+// one dies before any answer. For a POST whose body has already left, the
+// service may have applied it: sending it again could double a cart update or
+// an advice note. So once any byte of the body was taken, the body cannot be
+// rewound, the retry fails, and the caller sees a network failure and decides
+// for itself (for example by reading the cart back).
+struct Upload
+{
+    const QByteArray *body = nullptr;
+    qsizetype offset = 0;
+};
+
+size_t readUpload(char *buffer, size_t size, size_t count, void *source)
+{
+    auto *upload = static_cast<Upload *>(source);
+    const qsizetype left = upload->body->size() - upload->offset;
+    const qsizetype taken = std::min<qsizetype>(left, qsizetype(size * count));
+    std::copy_n(upload->body->constData() + upload->offset, taken, buffer);
+    upload->offset += taken;
+    return size_t(taken);
+}
+
+int rewindUpload(void *source, curl_off_t offset, int origin)
+{
+    auto *upload = static_cast<Upload *>(source);
+    if (origin != SEEK_SET || offset != 0 || upload->offset != 0)
+        return CURL_SEEKFUNC_FAIL;
+    return CURL_SEEKFUNC_OK;
+}
+
 size_t appendBody(char *data, size_t size, size_t count, void *target)
 {
     static_cast<QByteArray *>(target)->append(data, qsizetype(size * count));
@@ -121,6 +153,7 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
     const HeaderList lines = headerList(headers);
     QByteArray received;
     QByteArrayList receivedHeaders;
+    Upload upload{&body, 0};
 
     curl_easy_setopt(handle, CURLOPT_URL, target.constData());
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
@@ -137,7 +170,10 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
     if (verb == Verb::Post) {
         curl_easy_setopt(handle, CURLOPT_POST, 1L);
         curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t(body.size()));
-        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.constData());
+        curl_easy_setopt(handle, CURLOPT_READFUNCTION, &readUpload);
+        curl_easy_setopt(handle, CURLOPT_READDATA, &upload);
+        curl_easy_setopt(handle, CURLOPT_SEEKFUNCTION, &rewindUpload);
+        curl_easy_setopt(handle, CURLOPT_SEEKDATA, &upload);
     } else {
         curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
     }

@@ -70,7 +70,8 @@ private slots:
     void largeBodyGoesWithoutExpect();
     void keepAliveReusesOneConnection();
     void closedKeptAliveConnectionIsReplaced();
-    void deadKeptAliveConnectionIsRetriedOnce();
+    void deadKeptAliveConnectionFailsPostWithoutResending();
+    void deadKeptAliveConnectionIsRetriedForGet();
     void emptyAnswerBody();
     void jsonArrayAnswer();
     void httpFailure_data();
@@ -252,20 +253,34 @@ void TestRestClient::closedKeptAliveConnectionIsReplaced()
     QVERIFY(requests.at(1).peerPort != requests.at(0).peerPort);
 }
 
-// A kept-alive connection that dies before any answer (the server timed it out
-// as the request went) costs the exchange nothing: libcurl sends the request
-// once more on a new connection.
-void TestRestClient::deadKeptAliveConnectionIsRetriedOnce()
+// A POST on a kept-alive connection that dies before any answer may have been
+// applied by the service: it is reported as a network failure, never sent twice.
+void TestRestClient::deadKeptAliveConnectionFailsPostWithoutResending()
 {
     QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
     m_server->enqueue(Answer::close());
+    m_server->enqueue(Answer::json(200, R"({"resent":true})"));
+
+    QVERIFY(!m_client->post(m_server->url(), parsed(R"({"item":1})"), {}));
+
+    QVERIFY(m_client->lastResponse().isNetworkError());
+    const QList<ScriptedHttpServer::Request> requests = m_server->requests();
+    QCOMPARE(requests.size(), 2);
+    QCOMPARE(requests.at(1).peerPort, requests.at(0).peerPort);
+    QCOMPARE(m_server->pendingAnswers(), 1);
+}
+
+// A GET changes nothing at the service, so libcurl's fresh-connection retry is kept for it.
+void TestRestClient::deadKeptAliveConnectionIsRetriedForGet()
+{
+    QVERIFY(m_client->get(m_server->url(), {}, {}));
+    m_server->enqueue(Answer::close());
     m_server->enqueue(Answer::json(200, R"({"retried":true})"));
 
-    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+    QVERIFY(m_client->get(m_server->url(), {}, {}));
 
     const QList<ScriptedHttpServer::Request> requests = m_server->requests();
     QCOMPARE(requests.size(), 3);
-    QCOMPARE(requests.at(1).peerPort, requests.at(0).peerPort);
     QVERIFY(requests.at(2).peerPort != requests.at(1).peerPort);
     QVERIFY(m_client->lastResponse().responseObject().value(QStringLiteral("retried")).toBool());
 }

@@ -44,8 +44,8 @@ public:
         enum class Kind {
             Reply,  ///< An HTTP answer: status line, headers, Content-Length, body.
             /// Closes the connection without answering. A client that had reused
-            /// the connection may send the request once more on a new one
-            /// (libcurl does), which takes the next answer.
+            /// the connection may send a GET once more on a new one (libcurl
+            /// does), which takes the next answer.
             Close,
             Reset,  ///< Resets the connection (TCP RST) without answering; as Close.
             Hang,   ///< Never answers; the connection stays open until the client
