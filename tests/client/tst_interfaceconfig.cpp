@@ -8,6 +8,7 @@
 #include <support/logcapture.h>
 #include <testing/testhost.h>
 
+#include <QFile>
 #include <QTest>
 
 namespace {
@@ -109,6 +110,7 @@ private slots:
     void setTokenReplacesTheToken();
     void configurationIsCreatedWhenAbsent();
     void settingsAreReadOnce();
+    void exampleConfigurationIsRead();
 
     // The edge cases of the client configuration, one each.
     void noConfigurationAtAll();
@@ -367,6 +369,38 @@ void TestInterfaceConfig::settingsAreReadOnce()
     host.setConfig(QStringLiteral("[Tessaro]\nurl=http://second-host\n[Tessaro.PaymentCodes]\n2=0,9\n"));
     QCOMPARE(client.serviceUrl(), QUrl(QStringLiteral("http://first")));
     QCOMPARE(client.paymentCodeMap(), (IntMap{{0, 1}}));
+}
+
+void TestInterfaceConfig::exampleConfigurationIsRead()
+{
+    QFile example(QStringLiteral(TESSARO_EXAMPLE_CONFIG));
+    QVERIFY(example.open(QIODevice::ReadOnly));
+    TestHost host(QString::fromUtf8(example.readAll()));
+    const InspectedInterface client;
+    QCOMPARE(client.serviceUrl(), QUrl(QStringLiteral("https://tessaro.example.com/api/v1")));
+    QCOMPARE(client.tokenServiceUrl().path(), QStringLiteral("/realms/stores/protocol/openid-connect/token"));
+    QVERIFY(client.usesTokenAuth());
+    QCOMPARE(client.clientId, QStringLiteral("till-0012"));
+    QCOMPARE(client.realmId, QStringLiteral("store-0007"));
+    QCOMPARE(client.authorizationHeader, QStringLiteral("Basic dGlsbC0wMDEyOmNsaWVudC1zZWNyZXQ="));
+    QCOMPARE(client.timeoutSeconds(), qint64(5));
+    QCOMPARE(client.validationCouponMask.pattern(), QStringLiteral("^255\\d{10}$"));
+    QVERIFY(client.validationCouponMask.match(QStringLiteral("2550123456789")).hasMatch());
+    QCOMPARE(client.operationIdAsCardNumber, QList<int>{4});
+    QCOMPARE(client.operationIdAsEFTApprovalCode, (QList<int>{6, 7}));
+    QCOMPARE(tableOf(client, Table::PaymentCodes), QStringLiteral("0:1 3:2 4:3 5:1 6:3 7:3"));
+    QCOMPARE(tableOf(client, Table::VatCodes), QStringLiteral("0:1 1:2 2:5 3:5"));
+    QCOMPARE(tableOf(client, Table::EanReasons),
+             QStringLiteral("1:Товар без штрихкода 2:Штрихкод не читается 3:Онлайн-проверка"));
+    QCOMPARE(tableOf(client, Table::DiscardPaymentFields), QStringLiteral("0:terminalId|PANCardIdentifier 5:terminalId"));
+
+    const Config *config = Singleton<Config>::instance();
+    QCOMPARE(config->getString(QStringLiteral("Tessaro.ReceiptNumber.3:mask")), QStringLiteral("0*(?<result>\\d{1,12})"));
+    QCOMPARE(config->getString(QStringLiteral("Tessaro.bankRRN.3:symbolsToRemove")), QStringLiteral(" "));
+    QCOMPARE(config->keys(QStringLiteral("Tessaro.CustomFields.3")), (QStringList{"bankRRN", "bankTerminal"}));
+    QCOMPARE(config->keys(QStringLiteral("Tessaro.ForbiddenMixedValuts")), (QStringList{"1", "4,5"}));
+    QCOMPARE(config->getBool(QStringLiteral("OrvelGate:tessaro"), true), false);
+    QCOMPARE(config->getBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"), false), true);
 }
 
 void TestInterfaceConfig::noConfigurationAtAll()
