@@ -4,6 +4,7 @@
 
 #include <edocumenttype.h>
 
+#include <QByteArray>
 #include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -99,6 +100,8 @@ public:
     QString getFiscalNumber() const;
     /// The shift's payment totals per service payment code.
     virtual QJsonArray getShiftPayments() const;
+
+    // Settings, as read at construction
 
     QUrl serviceUrl() const { return url; }
     QUrl tokenServiceUrl() const { return tokenUrl; }
