@@ -3,9 +3,13 @@
 #include "dao.h"
 #include "gate.h"
 #include "responses/connectionerrorexception.h"
+#include "responses/rounding.h"
+#include "responses/traceability.h"
 
+#include <backbysaledocument.h>
 #include <cashdrawer.h>
 #include <config.h>
+#include <dialog.h>
 #include <frcollection.h>
 #include <log4qt/logmanager.h>
 #include <mockfactory.h>
@@ -14,6 +18,7 @@
 #include <singleton.h>
 #include <user.h>
 
+#include <QCryptographicHash>
 #include <QHostInfo>
 #include <QJsonDocument>
 #include <QUrlQuery>
@@ -110,6 +115,15 @@ QList<int> readIntegers(const QString &key)
         result << value.toInt();
     return result;
 }
+
+// The card type whose number identifies the customer.
+constexpr int CustomerCardType = 27;
+// Discount modes that round a cash payment: by the change given, and of the fiscal total.
+constexpr int RoundingByChangeMode = 6;
+constexpr int FiscalRoundingMode = 11;
+
+// Sums below half a kopeck are no rounding.
+constexpr double RoundingThreshold = 0.005;
 
 } // namespace
 
@@ -336,6 +350,193 @@ QJsonArray Interface::getShiftPayments() const
                                     {QStringLiteral("paymentAmount"), amounts.value(it.key())}});
     }
     return payments;
+}
+
+QString Interface::getCardBarcode(const QString &card)
+{
+    if (card.size() != 18)
+        return card;
+    // The two characters in the middle of the last 13 are not part of the barcode.
+    const QString tail = card.right(13);
+    const QString barcode = tail.left(3) + tail.right(8);
+    logger->info(QStringLiteral("Вместо номера карты используются номер ТКД: %1").arg(barcode));
+    return barcode;
+}
+
+AdviceNoteResponse Interface::adviceNote(const QSharedPointer<BackDocument> &document, const InvoiceInfo &invoice,
+                                         const AdviceNoteResponse &previous)
+{
+    logger->info(QStringLiteral("Создание корзины с помощью готовых данных по чеку возврата"));
+    // Open until the service has answered.
+    const QSharedPointer<SimpleProgress> progress = MockFactory<Dialog>::create()->showProgress(
+        tr::Tr(QStringLiteral("tessaroProgress"), QStringLiteral("Обращение к сервису Tessaro")));
+    return sendAdviceNote(adviceNoteBody(document, invoice, true), previous);
+}
+
+AdviceNoteResponse Interface::adviceNote(const QSharedPointer<BackBySaleDocument> &document,
+                                         const InvoiceInfo &invoice, const AdviceNoteResponse &previous)
+{
+    logger->info(QStringLiteral("Создание корзины с помощью готовых данных для чека возврата по чеку продажи"));
+    return sendAdviceNote(adviceNoteBody(document, invoice, false), previous);
+}
+
+QJsonObject Interface::getOriginalInvoiceObject(const InvoiceInfo &invoice) const
+{
+    // Numbers that are not numbers, or do not fit an int, go as 0.
+    return QJsonObject{
+        {QStringLiteral("date"), invoice.invoiceDate.toString(QStringLiteral("yyyyMMdd"))},
+        {QStringLiteral("storeNo"), invoice.storeNumber.toInt()},
+        {QStringLiteral("tillNo"), invoice.cashCode.toInt()},
+        {QStringLiteral("invoiceNo"), invoice.invoiceNumber},
+    };
+}
+
+QJsonArray Interface::getBackPayments(const QSharedPointer<AbstractDocument> &document) const
+{
+    QJsonArray payments;
+    QJsonObject cash;
+    bool paidInCash = false;
+    double cashTotal = 0.0;
+    const QList<QSharedPointer<MoneyItem>> items = document->getMoneyItems();
+    for (const QSharedPointer<MoneyItem> &item : items) {
+        const QJsonObject payment{
+            {QStringLiteral("code"), QString::number(paymentCodes.value(item->getValCode(), item->getValCode()))},
+            {QStringLiteral("amount"), item->getAmount()},
+        };
+        // The service takes the cash paid out as one payment: the last cash
+        // item stands for all of them and carries their total. Change is no
+        // cash paid out and goes as it is.
+        if (item->getValutType() == MoneyItem::Cash && !item->isChange()) {
+            cashTotal += item->getAmount();
+            cash = payment;
+            paidInCash = true;
+        } else {
+            payments.append(payment);
+        }
+    }
+
+    const Config *settings = config();
+    QSet<int> roundingModes;
+    if (settings->getBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"), true))
+        roundingModes.insert(RoundingByChangeMode);
+    if (settings->getBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"), true))
+        roundingModes.insert(FiscalRoundingMode);
+    if (!paidInCash)
+        return payments;
+
+    double rounding = 0.0;
+    const QList<QSharedPointer<DocumentImpact>> impacts = document->getImpacts();
+    for (const QSharedPointer<DocumentImpact> &impact : impacts) {
+        const QList<DocumentImpactDetail> details = impact->getTotals();
+        for (const DocumentImpactDetail &detail : details) {
+            if (detail.checkDiscountMode(roundingModes))
+                rounding += detail.getDiscountSum();
+        }
+    }
+    rounding += document->getRoundingSum();
+    if (qAbs(rounding) > RoundingThreshold)
+        cash.insert(QStringLiteral("paymentRoundingAmount"), roundToHundredths(qAbs(rounding)));
+    cash.insert(QStringLiteral("paymentAmount"), roundToHundredths(cashTotal));
+    payments.append(cash);
+    return payments;
+}
+
+AdviceNoteResponse Interface::sendAdviceNote(const QJsonObject &body, const AdviceNoteResponse &previous)
+{
+    // Digests stored with earlier answers were taken over this very form of the
+    // body; another form would send every stored return again.
+    const QString digest = QString::fromLatin1(
+        QCryptographicHash::hash(QJsonDocument(body).toJson(QJsonDocument::Indented), QCryptographicHash::Md5).toHex());
+    if (digest == previous.requestHashSum) {
+        logger->info(QStringLiteral("Отправка запроса не требуется"));
+        return previous;
+    }
+    AdviceNoteResponse answer(send(getUrl(AdviceNote, QString()), body, getHeaders(QString())));
+    answer.requestHashSum = digest;
+    return answer;
+}
+
+QJsonObject Interface::adviceNoteBody(const QSharedPointer<BackDocument> &document, const InvoiceInfo &invoice,
+                                      bool withVat)
+{
+    const Registry &registry = Singleton<Session>::instance()->getRegistry();
+    // The customer card is a condition of every return; should the host still
+    // close one without it, the service gets an empty number rather than the
+    // till failing.
+    const QSharedPointer<DocumentCardRecord> card = document->getCardRecord(CustomerCardType);
+    const QString cardNumber = card ? card->getNumber().toString() : QString();
+    QJsonObject header{
+        {QStringLiteral("transactionType"), 2},
+        {QStringLiteral("tillNo"), registry.getCashCode().toInt()},
+        {QStringLiteral("store"), registry.getShopCode().toInt()},
+        {QStringLiteral("customer"), QJsonObject{{QStringLiteral("customerNumber"), getCardBarcode(cardNumber)}}},
+        {QStringLiteral("originalInvoice"), getOriginalInvoiceObject(invoice)},
+    };
+
+    const int commonReason = document->getCommonBackReason().toInt();
+    QJsonArray items;
+    const QList<QSharedPointer<GoodsItem>> positions = document->getGoodsItems();
+    for (const QSharedPointer<GoodsItem> &position : positions)
+        items.append(adviceNoteItem(*position, commonReason, withVat));
+
+    header.insert(QStringLiteral("payments"), getBackPayments(document));
+    return QJsonObject{{QStringLiteral("header"), header}, {QStringLiteral("items"), items}};
+}
+
+QJsonObject Interface::adviceNoteItem(const GoodsItem &position, int commonReason, bool withVat) const
+{
+    QJsonObject item{
+        {QStringLiteral("sequenceNumber"), QString::number(position.getPosnum())},
+        {QStringLiteral("subsysNo"), position.getCode()},
+    };
+    const int vatIndex = position.getActualVatIndex();
+    double vatAmount = 0.0;
+    if (vatIndex != -1) {
+        const int vatCode = position.getVatCodesArray().value(vatIndex);
+        item.insert(QStringLiteral("vatCode"), vatCodes.value(vatCode, vatCode));
+        if (withVat)
+            item.insert(QStringLiteral("vat"), position.getVatRate());
+        vatAmount = position.getVatSumsArray().value(vatIndex);
+    }
+    item.insert(QStringLiteral("vatAmount"), vatAmount);
+    item.insert(QStringLiteral("totalDiscountedGross"), roundToHundredths(position.getSumb()));
+    item.insert(QStringLiteral("itemPriceNet"), roundToHundredths((position.getSumb() - vatAmount) / position.getQuantity()));
+    item.insert(QStringLiteral("quantity"), position.getQuantity());
+
+    // The position's own reason, when it has one, wins over the document's.
+    const QVariant ownReason = position.getAdditionalData(QStringLiteral("tessaro"), QStringLiteral("backReason"));
+    bool isNumber = false;
+    const int own = ownReason.toInt(&isNumber);
+    item.insert(QStringLiteral("returnReason"), !ownReason.isNull() && isNumber ? own : commonReason);
+
+    const QJsonObject traceability = traceabilityObject(position);
+    if (!traceability.isEmpty())
+        item.insert(QStringLiteral("traceability"), traceability);
+    return item;
+}
+
+QJsonObject Interface::traceabilityObject(const GoodsItem &position) const
+{
+    const auto record = position.getAdditionalData(additionalDataSection, QStringLiteral("traceability"))
+                            .value<orvel::Traceability>();
+    // A goods kit is marked by its barcode when the record has no product code.
+    const QString productCode = record.fz1162Field.isEmpty() ? position.getGoodsKitBarcode() : record.fz1162Field;
+    // cdnOrig stays with the till.
+    const QList<QPair<QString, QString>> members{
+        {QStringLiteral("cdn"), record.cdn},
+        {QStringLiteral("fz1162Field"), productCode},
+        {QStringLiteral("alcoMarkField"), record.alcoMarkField},
+        {QStringLiteral("barcodeField"), record.barcodeField},
+        {QStringLiteral("serialNumber"), record.serialNumber},
+        {QStringLiteral("lotNumber"), record.lotNumber},
+        {QStringLiteral("gtin"), record.gtin},
+    };
+    QJsonObject traceability;
+    for (const auto &member : members) {
+        if (!member.second.isEmpty())
+            traceability.insert(member.first, member.second);
+    }
+    return traceability;
 }
 
 void Interface::readPaymentMapping()

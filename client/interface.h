@@ -1,6 +1,8 @@
 #pragma once
 
+#include "responses/advicenoteresponse.h"
 #include "responses/response.h"
+#include "returns/invoiceinfo.h"
 
 #include <edocumenttype.h>
 
@@ -14,6 +16,10 @@
 #include <QStringList>
 #include <QUrl>
 
+class AbstractDocument;
+class BackBySaleDocument;
+class BackDocument;
+class GoodsItem;
 class RestClient;
 class User;
 
@@ -101,6 +107,36 @@ public:
     /// The shift's payment totals per service payment code.
     virtual QJsonArray getShiftPayments() const;
 
+    // Cart
+
+    /// The service's barcode form of a customer card number: of an
+    /// 18-character number, the first 3 and the last 8 of its last 13
+    /// characters; any other number as it stands.
+    virtual QString getCardBarcode(const QString &card);
+
+    // Return advice notes
+
+    /// Tells the service about the plain return \a document (one made without
+    /// its sale document) of the sale \a invoice, while the cashier sees a
+    /// progress message. When \a previous is the answer to this very advice
+    /// note, nothing is sent and \a previous comes back.
+    virtual AdviceNoteResponse adviceNote(const QSharedPointer<BackDocument> &document, const InvoiceInfo &invoice,
+                                          const AdviceNoteResponse &previous);
+    /// The same for a return built from its sale document, whose items carry
+    /// no VAT rate; no progress message is shown.
+    virtual AdviceNoteResponse adviceNote(const QSharedPointer<BackBySaleDocument> &document,
+                                          const InvoiceInfo &invoice, const AdviceNoteResponse &previous);
+    /// The advice note's "originalInvoice": date, store, till and number of the sale.
+    QJsonObject getOriginalInvoiceObject(const InvoiceInfo &invoice) const;
+    /// The advice note's "payments": every payment in order, except that the
+    /// cash paid out goes as one element, last, with the cash total and the
+    /// document's payment rounding.
+    QJsonArray getBackPayments(const QSharedPointer<AbstractDocument> &document) const;
+    /// Sends the advice note \a body unless its digest is that of \a previous,
+    /// which then comes back as it is. The answer carries the digest whatever
+    /// its status.
+    AdviceNoteResponse sendAdviceNote(const QJsonObject &body, const AdviceNoteResponse &previous);
+
     // Settings, as read at construction
 
     QUrl serviceUrl() const { return url; }
@@ -159,6 +195,12 @@ private:
     Response retryWithNewToken(const QUrl &url, const QJsonObject &body, const Response &failed);
     /// "storeNo" and "tillNo", with which every till operation starts.
     QJsonObject tillFields() const;
+    /// The advice note of \a document; \a withVat adds each position's VAT rate.
+    QJsonObject adviceNoteBody(const QSharedPointer<BackDocument> &document, const InvoiceInfo &invoice, bool withVat);
+    /// One element of the advice note's "items".
+    QJsonObject adviceNoteItem(const GoodsItem &position, int commonReason, bool withVat) const;
+    /// The item's "traceability": the members of the position's record that are not empty.
+    QJsonObject traceabilityObject(const GoodsItem &position) const;
 };
 
 } // namespace tessaro
