@@ -13,17 +13,14 @@ AdviceNoteEndpoint::AdviceNoteEndpoint(ServiceState &state)
 
 Reply AdviceNoteEndpoint::receive(const QJsonObject &body, const QDateTime &receivedAt)
 {
-    QStringList missing = RequiredFields::missing(
-        body, {QStringLiteral("header.transactionType"), QStringLiteral("header.tillNo"),
-               QStringLiteral("header.store"), QStringLiteral("header.originalInvoice"),
-               QStringLiteral("items")});
-    if (missing.isEmpty() && !body.value(QStringLiteral("items")).isArray())
-        return ServiceAnswers::invalidDataType();
-    missing += RequiredFields::missingInEach(body, QStringLiteral("items"),
-                                             {QStringLiteral("sequenceNumber"), QStringLiteral("subsysNo"),
-                                              QStringLiteral("quantity"), QStringLiteral("returnReason")});
-    if (!missing.isEmpty())
-        return ServiceAnswers::missedFields(missing);
+    if (const auto refusal = RequiredFields::refusal(
+            body,
+            {QStringLiteral("header.transactionType"), QStringLiteral("header.tillNo"), QStringLiteral("header.store"),
+             QStringLiteral("header.originalInvoice"), QStringLiteral("items")},
+            QStringLiteral("items"),
+            {QStringLiteral("sequenceNumber"), QStringLiteral("subsysNo"), QStringLiteral("quantity"),
+             QStringLiteral("returnReason")}))
+        return *refusal;
 
     const QJsonObject header = body.value(QStringLiteral("header")).toObject();
     const int storeNo = header.value(QStringLiteral("store")).toInt();

@@ -32,9 +32,8 @@ CartEndpoints::CartEndpoints(const EmulatorSettings &settings, ServiceState &sta
 
 Reply CartEndpoints::create(const QJsonObject &body)
 {
-    const QStringList missing = RequiredFields::missing(body, {QStringLiteral("storeNo"), QStringLiteral("tillNo")});
-    if (!missing.isEmpty())
-        return ServiceAnswers::missedFields(missing);
+    if (const auto refusal = RequiredFields::refusal(body, {QStringLiteral("storeNo"), QStringLiteral("tillNo")}))
+        return *refusal;
     const int storeNo = body.value(QStringLiteral("storeNo")).toInt();
     const int tillNo = body.value(QStringLiteral("tillNo")).toInt();
     if (!m_state.shifts.isOpen(storeNo, tillNo))
@@ -72,14 +71,10 @@ Reply CartEndpoints::setStatus(const QString &uuid, const QJsonObject &body)
         return *refusal;
     const QString status = body.value(QStringLiteral("status")).toString();
     if (status == QLatin1String("PAID")) {
-        QStringList missing = RequiredFields::missing(
-            body, {QStringLiteral("payment"), QStringLiteral("fiscalReceiptNumber")});
-        missing += RequiredFields::missingInEach(body, QStringLiteral("payment"),
-                                                 {QStringLiteral("paymentCode"), QStringLiteral("paymentAmount")});
-        if (!missing.isEmpty())
-            return ServiceAnswers::missedFields(missing);
-        if (!body.value(QStringLiteral("payment")).isArray())
-            return ServiceAnswers::invalidDataType();
+        if (const auto refusal = RequiredFields::refusal(
+                body, {QStringLiteral("payment"), QStringLiteral("fiscalReceiptNumber")}, QStringLiteral("payment"),
+                {QStringLiteral("paymentCode"), QStringLiteral("paymentAmount")}))
+            return *refusal;
     } else if (status != QLatin1String("CANCELLED")) {
         return status.isEmpty() ? ServiceAnswers::missedFields({QStringLiteral("status")})
                                 : ServiceAnswers::invalidDataType();
@@ -93,9 +88,8 @@ Reply CartEndpoints::addCustomer(const QString &uuid, const QJsonObject &body)
     auto cart = m_state.carts.find(uuid);
     if (const auto refusal = refuseChange(cart))
         return *refusal;
-    const QStringList missing = RequiredFields::missing(body, {QStringLiteral("cardBarcode")});
-    if (!missing.isEmpty())
-        return ServiceAnswers::missedFields(missing);
+    if (const auto refusal = RequiredFields::refusal(body, {QStringLiteral("cardBarcode")}))
+        return *refusal;
     const QString barcode = body.value(QStringLiteral("cardBarcode")).toString();
     if (!QRegularExpression(m_settings.cardBarcodePattern).match(barcode).hasMatch())
         return Reply::message(400, QStringLiteral("cardBarcode doesn't match pattern"));
@@ -141,12 +135,15 @@ std::optional<Reply> CartEndpoints::refuseCoupon(const Cart &cart, const QJsonOb
 
 Reply CartEndpoints::addItem(Cart &cart, const QJsonObject &body)
 {
-    QStringList missing = RequiredFields::missing(
-        body, {QStringLiteral("item.checkBlock"), QStringLiteral("item.quantity"), QStringLiteral("item.scanerInput")});
-    if (RequiredFields::missing(body, {QStringLiteral("item.barcode"), QStringLiteral("item.subsysNo")}).size() == 2)
-        missing.append(QStringLiteral("item.barcode"));
-    if (!missing.isEmpty())
-        return ServiceAnswers::missedFields(missing);
+    // An item goes by barcode or by article code: one of the two is needed.
+    const bool identified =
+        RequiredFields::missing(body, {QStringLiteral("item.barcode"), QStringLiteral("item.subsysNo")}).size() < 2;
+    QStringList needed{QStringLiteral("item.checkBlock"), QStringLiteral("item.quantity"),
+                       QStringLiteral("item.scanerInput")};
+    if (!identified)
+        needed.append(QStringLiteral("item.barcode"));
+    if (const auto refusal = RequiredFields::refusal(body, needed))
+        return *refusal;
     const QJsonObject coupon = body.value(QStringLiteral("coupon")).toObject();
     if (const auto refusal = refuseCoupon(cart, coupon))
         return *refusal;
@@ -174,9 +171,8 @@ Reply CartEndpoints::addItem(Cart &cart, const QJsonObject &body)
 
 Reply CartEndpoints::changeCoupon(Cart &cart, const QJsonObject &body)
 {
-    const QStringList missing = RequiredFields::missing(body, {QStringLiteral("coupon.number")});
-    if (!missing.isEmpty())
-        return ServiceAnswers::missedFields(missing);
+    if (const auto refusal = RequiredFields::refusal(body, {QStringLiteral("coupon.number")}))
+        return *refusal;
     const QJsonObject coupon = body.value(QStringLiteral("coupon")).toObject();
     const QString number = coupon.value(QStringLiteral("number")).toString();
     if (coupon.value(QStringLiteral("isDeleted")).toBool()) {
@@ -193,10 +189,9 @@ Reply CartEndpoints::changeCoupon(Cart &cart, const QJsonObject &body)
 
 Reply CartEndpoints::overwriteQuantity(Cart &cart, const QJsonObject &body)
 {
-    const QStringList missing = RequiredFields::missing(
-        body, {QStringLiteral("quantityOverwrite.sequenceNumber"), QStringLiteral("quantityOverwrite.quantity")});
-    if (!missing.isEmpty())
-        return ServiceAnswers::missedFields(missing);
+    if (const auto refusal = RequiredFields::refusal(
+        body, {QStringLiteral("quantityOverwrite.sequenceNumber"), QStringLiteral("quantityOverwrite.quantity")}))
+        return *refusal;
     const QJsonObject change = body.value(QStringLiteral("quantityOverwrite")).toObject();
     const int sequenceNumber = change.value(QStringLiteral("sequenceNumber")).toInt();
     const double quantity = change.value(QStringLiteral("quantity")).toDouble();
@@ -211,11 +206,10 @@ Reply CartEndpoints::overwriteQuantity(Cart &cart, const QJsonObject &body)
 
 Reply CartEndpoints::overwritePrice(Cart &cart, const QJsonObject &body)
 {
-    const QStringList missing = RequiredFields::missing(
+    if (const auto refusal = RequiredFields::refusal(
         body, {QStringLiteral("priceOverwrite.sequenceNumber"), QStringLiteral("priceOverwrite.priceGross"),
-               QStringLiteral("priceOverwrite.reasonCode"), QStringLiteral("priceOverwrite.operatorID")});
-    if (!missing.isEmpty())
-        return ServiceAnswers::missedFields(missing);
+               QStringLiteral("priceOverwrite.reasonCode"), QStringLiteral("priceOverwrite.operatorID")}))
+        return *refusal;
     const QJsonObject change = body.value(QStringLiteral("priceOverwrite")).toObject();
     const int sequenceNumber = change.value(QStringLiteral("sequenceNumber")).toInt();
     const double price = change.value(QStringLiteral("priceGross")).toDouble();

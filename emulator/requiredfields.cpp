@@ -1,5 +1,7 @@
 #include "emulator/requiredfields.h"
 
+#include "emulator/serviceanswers.h"
+
 #include <QJsonArray>
 #include <QJsonValue>
 
@@ -25,25 +27,32 @@ bool present(const QJsonValue &value)
 
 } // namespace
 
+std::optional<Reply> RequiredFields::refusal(const QJsonObject &body, const QStringList &paths,
+                                             const QString &arrayPath, const QStringList &elementFields)
+{
+    QStringList absent = missing(body, paths);
+    if (!arrayPath.isEmpty()) {
+        const QJsonValue array = valueAt(body, arrayPath);
+        if (present(array) && !array.isArray())
+            return ServiceAnswers::invalidDataType();
+        const QJsonArray elements = array.toArray();
+        for (qsizetype index = 0; index < elements.size(); ++index) {
+            const QString prefix = QStringLiteral("%1[%2].").arg(arrayPath).arg(index);
+            for (const QString &field : missing(elements.at(index).toObject(), elementFields))
+                absent.append(prefix + field);
+        }
+    }
+    if (absent.isEmpty())
+        return std::nullopt;
+    return ServiceAnswers::missedFields(absent);
+}
+
 QStringList RequiredFields::missing(const QJsonObject &body, const QStringList &paths)
 {
     QStringList absent;
     for (const QString &path : paths) {
         if (!present(valueAt(body, path)))
             absent.append(path);
-    }
-    return absent;
-}
-
-QStringList RequiredFields::missingInEach(const QJsonObject &body, const QString &arrayPath,
-                                          const QStringList &fields)
-{
-    QStringList absent;
-    const QJsonArray array = valueAt(body, arrayPath).toArray();
-    for (qsizetype index = 0; index < array.size(); ++index) {
-        const QString prefix = QStringLiteral("%1[%2]").arg(arrayPath).arg(index);
-        for (const QString &field : missing(array.at(index).toObject(), fields))
-            absent.append(prefix + QLatin1Char('.') + field);
     }
     return absent;
 }

@@ -19,6 +19,17 @@ int tillOf(const QJsonObject &body)
     return body.value(QStringLiteral("tillNo")).toInt();
 }
 
+// The till, the shift's number and when it opened or closed.
+QJsonObject shiftAnswer(const QJsonObject &body, int shiftNo, const QString &timeKey, const QDateTime &time)
+{
+    return {
+        {QStringLiteral("storeNo"), storeOf(body)},
+        {QStringLiteral("tillNo"), tillOf(body)},
+        {QStringLiteral("shiftNo"), shiftNo},
+        {timeKey, time.toString(Qt::ISODate)},
+    };
+}
+
 } // namespace
 
 TillEndpoints::TillEndpoints(ServiceState &state, const Clock &clock)
@@ -29,53 +40,38 @@ TillEndpoints::TillEndpoints(ServiceState &state, const Clock &clock)
 
 Reply TillEndpoints::open(const QJsonObject &body)
 {
-    const QStringList missing = RequiredFields::missing(
-        body, {QStringLiteral("storeNo"), QStringLiteral("tillNo"), QStringLiteral("operatorID")});
-    if (!missing.isEmpty())
-        return ServiceAnswers::missedFields(missing);
+    if (const auto refusal = RequiredFields::refusal(
+        body, {QStringLiteral("storeNo"), QStringLiteral("tillNo"), QStringLiteral("operatorID")}))
+        return *refusal;
     if (m_state.shifts.isOpen(storeOf(body), tillOf(body)))
         return ServiceAnswers::shiftAlreadyOpened();
 
     const int shiftNo = m_state.shifts.open(storeOf(body), tillOf(body));
-    return Reply::json(200, QJsonObject{
-        {QStringLiteral("storeNo"), storeOf(body)},
-        {QStringLiteral("tillNo"), tillOf(body)},
-        {QStringLiteral("shiftNo"), shiftNo},
-        {QStringLiteral("operatorID"), body.value(QStringLiteral("operatorID"))},
-        {QStringLiteral("openedAt"), m_clock.now().toString(Qt::ISODate)},
-    });
+    QJsonObject answer = shiftAnswer(body, shiftNo, QStringLiteral("openedAt"), m_clock.now());
+    answer.insert(QStringLiteral("operatorID"), body.value(QStringLiteral("operatorID")));
+    return Reply::json(200, answer);
 }
 
 Reply TillEndpoints::close(const QJsonObject &body)
 {
-    QStringList missing = RequiredFields::missing(
-        body, {QStringLiteral("storeNo"), QStringLiteral("tillNo"), QStringLiteral("payments")});
-    if (missing.isEmpty() && !body.value(QStringLiteral("payments")).isArray())
-        return ServiceAnswers::invalidDataType();
-    missing += RequiredFields::missingInEach(body, QStringLiteral("payments"),
-                                             {QStringLiteral("paymentCode"), QStringLiteral("paymentCount"),
-                                              QStringLiteral("paymentAmount")});
-    if (!missing.isEmpty())
-        return ServiceAnswers::missedFields(missing);
+    if (const auto refusal = RequiredFields::refusal(
+            body, {QStringLiteral("storeNo"), QStringLiteral("tillNo"), QStringLiteral("payments")},
+            QStringLiteral("payments"),
+            {QStringLiteral("paymentCode"), QStringLiteral("paymentCount"), QStringLiteral("paymentAmount")}))
+        return *refusal;
     if (!m_state.shifts.isOpen(storeOf(body), tillOf(body)))
         return ServiceAnswers::shiftAlreadyClosed();
 
     const int shiftNo = m_state.shifts.close(storeOf(body), tillOf(body));
-    return Reply::json(200, QJsonObject{
-        {QStringLiteral("storeNo"), storeOf(body)},
-        {QStringLiteral("tillNo"), tillOf(body)},
-        {QStringLiteral("shiftNo"), shiftNo},
-        {QStringLiteral("closedAt"), m_clock.now().toString(Qt::ISODate)},
-    });
+    return Reply::json(200, shiftAnswer(body, shiftNo, QStringLiteral("closedAt"), m_clock.now()));
 }
 
 Reply TillEndpoints::deposit(const QJsonObject &body, const QString &requestId)
 {
-    const QStringList missing = RequiredFields::missing(
+    if (const auto refusal = RequiredFields::refusal(
         body, {QStringLiteral("storeNo"), QStringLiteral("tillNo"), QStringLiteral("operatorID"),
-               QStringLiteral("typeCode"), QStringLiteral("amount")});
-    if (!missing.isEmpty())
-        return ServiceAnswers::missedFields(missing);
+               QStringLiteral("typeCode"), QStringLiteral("amount")}))
+        return *refusal;
     const int typeCode = body.value(QStringLiteral("typeCode")).toInt();
     if (typeCode != 1 && typeCode != 2)
         return ServiceAnswers::invalidDataType();
