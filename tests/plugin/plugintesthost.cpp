@@ -1,5 +1,6 @@
 #include "plugintesthost.h"
 
+#include <edocumenttype.h>
 #include <mockfactory.h>
 
 namespace {
@@ -29,6 +30,16 @@ QSharedPointer<AbstractDocument> PluginTestHost::document(int type, bool card)
     auto document = QSharedPointer<AbstractDocument>::create(type);
     if (card)
         giveCard(*document);
+    m_documents << document;
+    return document;
+}
+
+QSharedPointer<AbstractDocument> PluginTestHost::returnWithInvoice(bool card)
+{
+    auto document = this->document(EDocumentType::Back, card);
+    document->setDocumentProperty(QStringLiteral("invoiceInfo"),
+                                  QVariantMap{{QStringLiteral("cashCode"), QStringLiteral("12")},
+                                              {QStringLiteral("invoiceNumber"), QStringLiteral("345")}});
     return document;
 }
 
@@ -38,5 +49,6 @@ QSharedPointer<BackBySaleDocument> PluginTestHost::backBySale(const QString &sal
     document->setSaleIdentifier(saleIdentifier);
     document->setShopCode(QStringLiteral("7"));
     giveCard(*document);
+    m_documents << document;
     return document;
 }

@@ -121,7 +121,7 @@ void TestBackPlugin::hooksReachTheirMembers()
     RecordingPlugin plugin;
     plugin.init();
     plugin.calls.clear();
-    plugin.setDocument(PluginTestHost::document(EDocumentType::Sale, false));
+    plugin.setDocument(m_host->document(EDocumentType::Sale, false));
 
     const EContext::Result result = plugin.triggers().at(row - 1).trigger(control::Action());
     if (member == QLatin1String("beforeInput")) {
@@ -184,7 +184,7 @@ void TestBackPlugin::stornoAllHooksRunOnEitherSide()
 {
     TestablePlugin plugin;
     plugin.init();
-    plugin.setDocument(PluginTestHost::backBySale(QStringLiteral("000100122024000012000345")));
+    plugin.setDocument(m_host->backBySale(QStringLiteral("000100122024000012000345")));
     Singleton<ContextManager>::instance()->setCurrentContext(EContext::Document);
 
     ActionPipeline pipeline;
@@ -211,7 +211,7 @@ void TestBackPlugin::loyaltySlotsDoNothing()
 {
     TestablePlugin plugin;
     plugin.init();
-    const auto document = PluginTestHost::document(EDocumentType::Sale);
+    const auto document = m_host->document(EDocumentType::Sale);
     QSharedPointer<DocumentCardRecord> card = document->getCardRecords().first();
     QVERIFY(plugin.identifyByCard(card, ECardNumberType::Scanned));
     QVERIFY(plugin.commit(document));
@@ -247,7 +247,7 @@ void TestBackPlugin::restoreLoyaltySystemTakesTokenOfDocument()
     TestablePlugin plugin;
     plugin.init();
     plugin.interface->setToken(QStringLiteral("earlier"));
-    const auto document = PluginTestHost::document(EDocumentType::Sale);
+    const auto document = m_host->document(EDocumentType::Sale);
     plugin.setDocument(document);
     if (stored.isValid())
         plugin.setPluginData(QStringLiteral("token"), stored);

@@ -1,9 +1,7 @@
 // Return reasons: the handler that chooses them and the check of the reason table.
 
-#include "plugintesthost.h"
-#include "testableplugin.h"
+#include "plugintestcase.h"
 
-#include <contextmanager.h>
 #include <control/args/core.h>
 #include <dictionariesdao.h>
 #include <edocumenttype.h>
@@ -34,13 +32,12 @@ control::Action choiceFor(const QSharedPointer<GoodsItem> &position)
 
 } // namespace
 
-class TestBackReasons : public QObject
+class TestBackReasons : public PluginTestCase
 {
     Q_OBJECT
 
 private slots:
     void init();
-    void cleanup();
     void emptyTableLetsActionGoOn();
     void singleReasonIsTakenWithoutAsking();
     void chosenReasonIsStored();
@@ -58,33 +55,18 @@ private slots:
     void checkBackReasons();
 
 private:
-    std::unique_ptr<PluginTestHost> m_host;
-    std::unique_ptr<TestablePlugin> m_plugin;
     QSharedPointer<AbstractDocument> m_document;
     QSharedPointer<GoodsItem> m_position;
 };
 
+// A return that knows its invoice, with one position, bound to the plug-in.
 void TestBackReasons::init()
 {
-    m_host = std::make_unique<PluginTestHost>();
-    Singleton<ContextManager>::instance()->setCurrentContext(EContext::Document);
-    m_plugin = std::make_unique<TestablePlugin>();
-    m_plugin->init();
-    m_document = PluginTestHost::document(EDocumentType::Back);
-    m_document->setDocumentProperty(QStringLiteral("invoiceInfo"),
-                                    QVariantMap{{QStringLiteral("cashCode"), QStringLiteral("12")},
-                                                {QStringLiteral("invoiceNumber"), QStringLiteral("345")}});
+    PluginTestCase::init();
+    m_document = m_host->returnWithInvoice();
     m_position = QSharedPointer<GoodsItem>::create();
     m_document->addGoodsItem(m_position);
     m_plugin->setDocument(m_document);
-}
-
-void TestBackReasons::cleanup()
-{
-    m_plugin.reset();
-    m_document.reset();
-    m_position.reset();
-    m_host.reset();
 }
 
 void TestBackReasons::emptyTableLetsActionGoOn()

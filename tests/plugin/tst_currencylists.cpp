@@ -7,6 +7,17 @@
 
 using Valuts = QMap<int, QSet<int>>;
 
+namespace {
+
+// The same lines in both sections.
+QString bothSections(const QString &lines)
+{
+    return lines.isEmpty() ? QString()
+                           : QStringLiteral("[Tessaro.ForbiddenMixedValuts]\n%1[TessaroBack.AdditionalBackBySaleValuts]\n%1").arg(lines);
+}
+
+} // namespace
+
 class TestCurrencyLists : public QObject
 {
     Q_OBJECT
@@ -14,12 +25,11 @@ class TestCurrencyLists : public QObject
 private slots:
     void lists_data();
     void lists();
-    void secondInitAddsTheSamePairs();
-    void entriesAccumulateOverInits();
+    void repeatedInit_data();
+    void repeatedInit();
 };
 
-// Each row's lines go into both sections: the forbidden list relates both
-// ways, the additional list only from key to value.
+// The forbidden list relates both ways, the additional list only from key to value.
 void TestCurrencyLists::lists_data()
 {
     QTest::addColumn<QString>("lines");
@@ -48,35 +58,41 @@ void TestCurrencyLists::lists()
     QFETCH(QString, lines);
     QFETCH(Valuts, forbidden);
     QFETCH(Valuts, additional);
-    const QString ini = lines.isEmpty() ? QString()
-                                        : QStringLiteral("[Tessaro.ForbiddenMixedValuts]\n%1[TessaroBack.AdditionalBackBySaleValuts]\n%1").arg(lines);
-    PluginTestHost host(ini);
+    PluginTestHost host(bothSections(lines));
     TestablePlugin plugin;
     plugin.init();
     QCOMPARE(plugin.forbiddenMixedValuts, forbidden);
     QCOMPARE(plugin.additionalBackBySaleValuts, additional);
 }
 
-void TestCurrencyLists::secondInitAddsTheSamePairs()
+// Neither list is cleared by a later init(): its entries accumulate.
+void TestCurrencyLists::repeatedInit_data()
 {
-    PluginTestHost host(QStringLiteral("[Tessaro.ForbiddenMixedValuts]\n1,4=2\n[TessaroBack.AdditionalBackBySaleValuts]\n1=3\n"));
+    QTest::addColumn<QString>("first");
+    QTest::addColumn<QString>("second");
+    QTest::addColumn<Valuts>("forbidden");
+    QTest::addColumn<Valuts>("additional");
+    QTest::newRow("same configuration: sets unchanged") << QStringLiteral("1,4=2\n") << QStringLiteral("1,4=2\n")
+                                                        << Valuts{{1, {2}}, {4, {2}}, {2, {1, 4}}}
+                                                        << Valuts{{1, {2}}, {4, {2}}};
+    QTest::newRow("changed configuration: pairs added") << QStringLiteral("1=2\n") << QStringLiteral("1=3\n7=8\n")
+                                                        << Valuts{{1, {2, 3}}, {2, {1}}, {3, {1}}, {7, {8}}, {8, {7}}}
+                                                        << Valuts{{1, {2, 3}}, {7, {8}}};
+}
+
+void TestCurrencyLists::repeatedInit()
+{
+    QFETCH(QString, first);
+    QFETCH(QString, second);
+    QFETCH(Valuts, forbidden);
+    QFETCH(Valuts, additional);
+    PluginTestHost host(bothSections(first));
     TestablePlugin plugin;
     plugin.init();
-    const Valuts forbidden = plugin.forbiddenMixedValuts;
-    const Valuts additional = plugin.additionalBackBySaleValuts;
+    host.setConfig(bothSections(second));
     plugin.init();
     QCOMPARE(plugin.forbiddenMixedValuts, forbidden);
     QCOMPARE(plugin.additionalBackBySaleValuts, additional);
-}
-
-void TestCurrencyLists::entriesAccumulateOverInits()
-{
-    PluginTestHost host(QStringLiteral("[Tessaro.ForbiddenMixedValuts]\n1=2\n"));
-    TestablePlugin plugin;
-    plugin.init();
-    host.setConfig(QStringLiteral("[Tessaro.ForbiddenMixedValuts]\n1=3\n"));
-    plugin.init();
-    QCOMPARE(plugin.forbiddenMixedValuts, (Valuts{{1, {2, 3}}, {2, {1}}, {3, {1}}}));
 }
 
 QTEST_GUILESS_MAIN(TestCurrencyLists)

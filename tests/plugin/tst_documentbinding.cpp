@@ -1,13 +1,11 @@
 // Binding documents to the plug-in.
 
-#include "plugintesthost.h"
-#include "testableplugin.h"
+#include "plugintestcase.h"
 
 #include "client/interface.h"
 
 #include <actionqueuecontroller.h>
 #include <backbysaledocument.h>
-#include <contextmanager.h>
 #include <dictionariesdao.h>
 #include <edocumenttype.h>
 #include <singleton.h>
@@ -25,13 +23,11 @@ QVariantMap storedInvoice(const QSharedPointer<AbstractDocument> &document)
 
 } // namespace
 
-class TestDocumentBinding : public QObject
+class TestDocumentBinding : public PluginTestCase
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
     void bindingSameDocumentTwiceDoesNothing();
     void returnHooksFollowDocumentType();
     void returnWithInvoiceIsNotAskedAgain();
@@ -45,28 +41,13 @@ private slots:
     void backBySaleOfWrongIdentifier();
     void returnRestoresTokenOfDocument();
 
-private:
-    std::unique_ptr<PluginTestHost> m_host;
-    std::unique_ptr<TestablePlugin> m_plugin;
+protected:
+    QString configuration() const override { return QStringLiteral("[TessaroBack.AdditionalBackBySaleValuts]\n1=5\n"); }
 };
-
-void TestDocumentBinding::init()
-{
-    m_host = std::make_unique<PluginTestHost>(QStringLiteral("[TessaroBack.AdditionalBackBySaleValuts]\n1=5\n"));
-    Singleton<ContextManager>::instance()->setCurrentContext(EContext::Document);
-    m_plugin = std::make_unique<TestablePlugin>();
-    m_plugin->init();
-}
-
-void TestDocumentBinding::cleanup()
-{
-    m_plugin.reset();
-    m_host.reset();
-}
 
 void TestDocumentBinding::bindingSameDocumentTwiceDoesNothing()
 {
-    const auto document = PluginTestHost::document(EDocumentType::Back);
+    const auto document = m_host->document(EDocumentType::Back);
     m_host->backDialog()->enqueueAnswer(ScriptedBackDialog::invoice("12", "345", "7", "2024-02-01"));
     m_plugin->setDocument(document);
     QCOMPARE(m_host->backDialog()->shown().size(), 1);
@@ -90,20 +71,17 @@ void TestDocumentBinding::returnHooksFollowDocumentType()
     const QList<bool> allOn(9, true);
     const QList<bool> returnHooksOff{true, true, true, true, true, true, false, false, false};
 
-    m_plugin->setDocument(PluginTestHost::backBySale(ScannedSale));
+    m_plugin->setDocument(m_host->backBySale(ScannedSale));
     QCOMPARE(triggerStates(), allOn);
-    m_plugin->setDocument(PluginTestHost::document(EDocumentType::Sale));
+    m_plugin->setDocument(m_host->document(EDocumentType::Sale));
     QCOMPARE(triggerStates(), returnHooksOff);
-    m_plugin->setDocument(PluginTestHost::backBySale(ScannedSale));
+    m_plugin->setDocument(m_host->backBySale(ScannedSale));
     QCOMPARE(triggerStates(), allOn);
 }
 
 void TestDocumentBinding::returnWithInvoiceIsNotAskedAgain()
 {
-    const auto document = PluginTestHost::document(EDocumentType::Back);
-    document->setDocumentProperty(QStringLiteral("invoiceInfo"),
-                                  QVariantMap{{QStringLiteral("cashCode"), QStringLiteral("12")},
-                                              {QStringLiteral("invoiceNumber"), QStringLiteral("345")}});
+    const auto document = m_host->returnWithInvoice();
     QTest::ignoreMessage(QtDebugMsg, "Обработка возврата по инвойсу 0/0/0012/000345");
     m_plugin->setDocument(document);
     QVERIFY(m_host->backDialog()->shown().isEmpty());
@@ -122,7 +100,7 @@ void TestDocumentBinding::returnWithoutInvoiceAsksCashier()
     QFETCH(bool, reasons);
     if (reasons)
         Singleton<DictionariesDao>::instance()->setBackReasons(2, {{1, QStringLiteral("Брак")}});
-    const auto document = PluginTestHost::document(EDocumentType::Back);
+    const auto document = m_host->document(EDocumentType::Back);
     m_host->backDialog()->enqueueAnswer(ScriptedBackDialog::invoice("12", "345", "7", "2024-02-01"));
     m_plugin->setDocument(document);
 
@@ -135,7 +113,7 @@ void TestDocumentBinding::returnWithoutInvoiceAsksCashier()
 
 void TestDocumentBinding::cancelledInputLeavesReturnWithoutInvoice()
 {
-    const auto document = PluginTestHost::document(EDocumentType::Back);
+    const auto document = m_host->document(EDocumentType::Back);
     m_plugin->setDocument(document);
     QCOMPARE(m_host->backDialog()->shown().size(), 1);
     QVERIFY(document->documentProperties().isEmpty());
@@ -147,8 +125,8 @@ void TestDocumentBinding::cancelledInputLeavesReturnWithoutInvoice()
 
 void TestDocumentBinding::backBySaleKeepsScannedSale()
 {
-    const auto document = PluginTestHost::backBySale(ScannedSale);
-    auto sale = PluginTestHost::document(EDocumentType::Sale);
+    const auto document = m_host->backBySale(ScannedSale);
+    auto sale = m_host->document(EDocumentType::Sale);
     sale->setDateTime(QDateTime(QDate(2024, 2, 1), QTime(10, 15)));
     document->setSourceDocument(sale);
     document->setDateTime(QDateTime(QDate(2024, 3, 5), QTime(9, 0)));
@@ -174,7 +152,7 @@ void TestDocumentBinding::backBySaleKeepsScannedSale()
 
 void TestDocumentBinding::backBySaleWithoutSourceTakesOwnDate()
 {
-    const auto document = PluginTestHost::backBySale(ScannedSale);
+    const auto document = m_host->backBySale(ScannedSale);
     document->setDateTime(QDateTime(QDate(2024, 3, 5), QTime(9, 0)));
     m_plugin->setDocument(document);
     QCOMPARE(storedInvoice(document).value(QStringLiteral("invoiceDate")).toDate(), QDate(2024, 3, 5));
@@ -184,7 +162,7 @@ void TestDocumentBinding::backBySaleWithoutSourceTakesOwnDate()
 // a return by sale does not ask the cashier for them here.
 void TestDocumentBinding::backBySaleOfShortIdentifier()
 {
-    const auto document = PluginTestHost::backBySale(QStringLiteral("000012000345"));
+    const auto document = m_host->backBySale(QStringLiteral("000012000345"));
     m_plugin->setDocument(document);
     const QVariantMap stored = storedInvoice(document);
     QVERIFY(stored.value(QStringLiteral("cashCode")).toString().isEmpty());
@@ -207,8 +185,8 @@ void TestDocumentBinding::backBySaleOfWrongIdentifier_data()
 void TestDocumentBinding::backBySaleOfWrongIdentifier()
 {
     QFETCH(QString, identifier);
-    m_plugin->setDocument(PluginTestHost::document(EDocumentType::Sale));
-    const auto document = PluginTestHost::backBySale(identifier);
+    m_plugin->setDocument(m_host->document(EDocumentType::Sale));
+    const auto document = m_host->backBySale(identifier);
     document->setPluginData(27, QStringLiteral("token"), QStringLiteral("kept"));
     m_plugin->setDocument(document);
 
@@ -226,7 +204,7 @@ void TestDocumentBinding::backBySaleOfWrongIdentifier()
 
 void TestDocumentBinding::returnRestoresTokenOfDocument()
 {
-    const auto document = PluginTestHost::backBySale(ScannedSale);
+    const auto document = m_host->backBySale(ScannedSale);
     document->setPluginData(27, QStringLiteral("token"), QStringLiteral("eyJ0eXAi.kept"));
     m_plugin->setDocument(document);
     QCOMPARE(m_plugin->interface->currentToken(), QStringLiteral("eyJ0eXAi.kept"));

@@ -11,9 +11,9 @@
 namespace {
 
 // A sale document already paid in the currencies \a paid, in that order.
-QSharedPointer<AbstractDocument> paidDocument(const QList<int> &paid)
+QSharedPointer<AbstractDocument> paidDocument(PluginTestHost &host, const QList<int> &paid)
 {
-    const auto document = PluginTestHost::document(EDocumentType::Sale);
+    const auto document = host.document(EDocumentType::Sale);
     for (int code : paid) {
         auto payment = QSharedPointer<MoneyItem>::create();
         payment->setValCode(code);
@@ -66,7 +66,7 @@ void TestPaymentRestrictions::paymentInCurrency()
     PluginTestHost host(forbidden.isEmpty() ? QString() : QStringLiteral("[Tessaro.ForbiddenMixedValuts]\n%1\n").arg(forbidden));
     TestablePlugin plugin;
     plugin.init();
-    plugin.setDocument(paidDocument(paid));
+    plugin.setDocument(paidDocument(host, paid));
 
     const EContext::Result result = plugin.checkPaymentRestrictions(paymentAction(valutCode));
     QCOMPARE(result, allowed ? EContext::Continue : EContext::Stop);
@@ -86,7 +86,7 @@ void TestPaymentRestrictions::conflictWithSeveralPaymentsIsShownOnce()
     PluginTestHost host(QStringLiteral("[Tessaro.ForbiddenMixedValuts]\n1=2,3\n"));
     TestablePlugin plugin;
     plugin.init();
-    plugin.setDocument(paidDocument({2, 3, 2}));
+    plugin.setDocument(paidDocument(host, {2, 3, 2}));
     QCOMPARE(plugin.checkPaymentRestrictions(paymentAction(QStringLiteral("1"))), EContext::Stop);
     QCOMPARE(host.dialog()->messages().size(), 1);
 }

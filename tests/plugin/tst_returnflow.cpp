@@ -1,7 +1,6 @@
 // The return flow: the hooks before a return by sale and the invoice input.
 
-#include "plugintesthost.h"
-#include "testableplugin.h"
+#include "plugintestcase.h"
 
 #include <actionqueuecontroller.h>
 #include <backbysaledocument.h>
@@ -27,13 +26,11 @@ control::Action backBySale(bool orvel)
 
 } // namespace
 
-class TestReturnFlow : public QObject
+class TestReturnFlow : public PluginTestCase
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
     void returnOfOtherSystemPassesUntouched_data();
     void returnOfOtherSystemPassesUntouched();
     void sameActionAsksOnce();
@@ -49,25 +46,7 @@ private slots:
     void exitToMenu();
     void attemptRequiresCommonReason_data();
     void attemptRequiresCommonReason();
-
-private:
-    std::unique_ptr<PluginTestHost> m_host;
-    std::unique_ptr<TestablePlugin> m_plugin;
 };
-
-void TestReturnFlow::init()
-{
-    m_host = std::make_unique<PluginTestHost>();
-    Singleton<ContextManager>::instance()->setCurrentContext(EContext::Document);
-    m_plugin = std::make_unique<TestablePlugin>();
-    m_plugin->init();
-}
-
-void TestReturnFlow::cleanup()
-{
-    m_plugin.reset();
-    m_host.reset();
-}
 
 void TestReturnFlow::returnOfOtherSystemPassesUntouched_data()
 {
@@ -187,7 +166,7 @@ void TestReturnFlow::invoiceInputSkipsUnknownNames()
 
 void TestReturnFlow::storedInvoiceIsReadBack()
 {
-    const auto document = PluginTestHost::document(EDocumentType::Sale);
+    const auto document = m_host->document(EDocumentType::Sale);
     m_plugin->setDocument(document);
     InvoiceInfo info;
     info.cashCode = QStringLiteral("12");
@@ -207,7 +186,7 @@ void TestReturnFlow::storedInvoiceIsReadBack()
 void TestReturnFlow::noStoredInvoiceIsEmpty()
 {
     QVERIFY(!m_plugin->getInvoiceInfo().valid());
-    m_plugin->setDocument(PluginTestHost::document(EDocumentType::Sale));
+    m_plugin->setDocument(m_host->document(EDocumentType::Sale));
     const InvoiceInfo info = m_plugin->getInvoiceInfo();
     QVERIFY(info.cashCode.isEmpty());
     QVERIFY(info.storeNumber.isEmpty());
@@ -256,7 +235,7 @@ void TestReturnFlow::attemptRequiresCommonReason()
     QFETCH(QVariant, reason);
     Singleton<DictionariesDao>::instance()->setBackReasons(2, {{3, QStringLiteral("Брак")}, {5, QStringLiteral("Не подошел размер")}});
     m_host->dialog()->enqueueChoice(choice);
-    const auto document = PluginTestHost::backBySale(QStringLiteral("000100122024000012000345"));
+    const auto document = m_host->backBySale(QStringLiteral("000100122024000012000345"));
     const control::Action action(control::AttemptToBackBySale,
                                  {{QStringLiteral("document"), QVariant::fromValue(document.staticCast<AbstractDocument>())}});
     if (result == EContext::Continue)

@@ -1,11 +1,9 @@
 // The hooks inside an open document: input, coupons, position add, storno all.
 
-#include "plugintesthost.h"
-#include "testableplugin.h"
+#include "plugintestcase.h"
 
 #include <actionpipeline.h>
 #include <actionqueuecontroller.h>
-#include <contextmanager.h>
 #include <control/args/core.h>
 #include <dictionariesdao.h>
 #include <edocumenttype.h>
@@ -52,20 +50,17 @@ QList<int> ranTypes()
 
 } // namespace
 
-class TestSaleHooks : public QObject
+class TestSaleHooks : public PluginTestCase
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
     void saleWithCardNeedsNothingMore();
     void withoutCardCouponsAndGoodsAreRefused_data();
     void withoutCardCouponsAndGoodsAreRefused();
     void couponWithCardIsAllowed();
-    void weighedGoodsKeepQuantityOfOne();
-    void piecesOfOneAreAskedForQuantity();
-    void givenQuantityIsKept();
+    void quantityQuestion_data();
+    void quantityQuestion();
     void quantityInput_data();
     void quantityInput();
     void price_data();
@@ -82,38 +77,17 @@ private slots:
 private:
     // Binds a return document that already knows its invoice.
     void bindReturn();
-
-    std::unique_ptr<PluginTestHost> m_host;
-    std::unique_ptr<TestablePlugin> m_plugin;
 };
-
-void TestSaleHooks::init()
-{
-    m_host = std::make_unique<PluginTestHost>();
-    Singleton<ContextManager>::instance()->setCurrentContext(EContext::Document);
-    m_plugin = std::make_unique<TestablePlugin>();
-    m_plugin->init();
-}
-
-void TestSaleHooks::cleanup()
-{
-    m_plugin.reset();
-    m_host.reset();
-}
 
 void TestSaleHooks::bindReturn()
 {
-    const auto document = PluginTestHost::document(EDocumentType::Back);
-    document->setDocumentProperty(QStringLiteral("invoiceInfo"),
-                                  QVariantMap{{QStringLiteral("cashCode"), QStringLiteral("12")},
-                                              {QStringLiteral("invoiceNumber"), QStringLiteral("345")}});
-    m_plugin->setDocument(document);
+    m_plugin->setDocument(m_host->returnWithInvoice());
     actionQueue()->clearRecords();
 }
 
 void TestSaleHooks::saleWithCardNeedsNothingMore()
 {
-    m_plugin->setDocument(PluginTestHost::document(EDocumentType::Sale));
+    m_plugin->setDocument(m_host->document(EDocumentType::Sale));
     QTest::ignoreMessage(QtDebugMsg, "Дополнительная обработка не требуется");
     QCOMPARE(m_plugin->beforePositionAdd(addPosition(position(false))), EContext::Continue);
     QVERIFY(actionQueue()->ranActions().isEmpty());
@@ -132,11 +106,7 @@ void TestSaleHooks::withoutCardCouponsAndGoodsAreRefused_data()
 void TestSaleHooks::withoutCardCouponsAndGoodsAreRefused()
 {
     QFETCH(int, type);
-    const auto document = PluginTestHost::document(type, false);
-    document->setDocumentProperty(QStringLiteral("invoiceInfo"),
-                                  QVariantMap{{QStringLiteral("cashCode"), QStringLiteral("12")},
-                                              {QStringLiteral("invoiceNumber"), QStringLiteral("345")}});
-    m_plugin->setDocument(document);
+    m_plugin->setDocument(type == EDocumentType::Back ? m_host->returnWithInvoice(false) : m_host->document(type, false));
     m_host->dialog()->clear();
 
     QCOMPARE(m_plugin->addCoupon(control::Action(control::AddCoupon, {})), EContext::Stop);
@@ -156,48 +126,43 @@ void TestSaleHooks::withoutCardCouponsAndGoodsAreRefused()
 
 void TestSaleHooks::couponWithCardIsAllowed()
 {
-    m_plugin->setDocument(PluginTestHost::document(EDocumentType::Sale));
+    m_plugin->setDocument(m_host->document(EDocumentType::Sale));
     QCOMPARE(m_plugin->addCoupon(control::Action(control::AddCoupon, {})), EContext::Continue);
     QVERIFY(m_host->dialog()->messages().isEmpty());
 }
 
-void TestSaleHooks::weighedGoodsKeepQuantityOfOne()
+// A quantity of exactly one piece counts as not given; weighed goods keep it.
+void TestSaleHooks::quantityQuestion_data()
 {
-    bindReturn();
-    sessionModifiers().setValue(modifiers::Quantity, QVariant::fromValue(Quantity(1.0)));
-    sessionModifiers().setValue(modifiers::Price, 10.0);
-    const auto item = position(true);
-    QCOMPARE(m_plugin->beforePositionAdd(addPosition(item)), EContext::Continue);
-    QVERIFY(actionQueue()->ranActions().isEmpty());
-    QCOMPARE(item->getQuantity(), 2.5);
-    QCOMPARE(sessionModifiers().getValue(modifiers::Quantity).value<Quantity>().value(), 1.0);
+    QTest::addColumn<QVariant>("given");
+    QTest::addColumn<bool>("fractional");
+    QTest::addColumn<bool>("asked");
+    QTest::newRow("1.0 of weighed goods") << QVariant::fromValue(Quantity(1.0)) << true << false;
+    QTest::newRow("1.0 of pieces") << QVariant::fromValue(Quantity(1.0)) << false << true;
+    QTest::newRow("2.0 of pieces") << QVariant::fromValue(Quantity(2.0)) << false << false;
+    QTest::newRow("0.75 of weighed goods") << QVariant::fromValue(Quantity(0.75)) << true << false;
+    QTest::newRow("none of weighed goods") << QVariant() << true << true;
 }
 
-void TestSaleHooks::piecesOfOneAreAskedForQuantity()
+void TestSaleHooks::quantityQuestion()
 {
+    QFETCH(QVariant, given);
+    QFETCH(bool, fractional);
+    QFETCH(bool, asked);
     bindReturn();
-    sessionModifiers().setValue(modifiers::Quantity, QVariant::fromValue(Quantity(1.0)));
+    if (given.isValid())
+        sessionModifiers().setValue(modifiers::Quantity, given);
     sessionModifiers().setValue(modifiers::Price, 10.0);
-    const auto item = position(false);
+    const auto item = position(fractional);
     actionQueue()->setRunner([item](const control::Action &action) {
         if (action.getType() == control::InputQuantity && control::args::Core(action).getPosition() == item)
             sessionModifiers().setValue(modifiers::Quantity, QVariant::fromValue(Quantity(3.0)));
         return EContext::Continue;
     });
     QCOMPARE(m_plugin->beforePositionAdd(addPosition(item)), EContext::Continue);
-    QCOMPARE(ranTypes(), QList<int>{control::InputQuantity});
-    QCOMPARE(item->getQuantity(), 3.0);
-}
-
-void TestSaleHooks::givenQuantityIsKept()
-{
-    bindReturn();
-    sessionModifiers().setValue(modifiers::Quantity, QVariant::fromValue(Quantity(2.0)));
-    sessionModifiers().setValue(modifiers::Price, 10.0);
-    const auto item = position(false);
-    QCOMPARE(m_plugin->beforePositionAdd(addPosition(item)), EContext::Continue);
-    QVERIFY(actionQueue()->ranActions().isEmpty());
-    QCOMPARE(item->getQuantity(), 2.5);
+    QCOMPARE(ranTypes(), asked ? QList<int>{control::InputQuantity} : QList<int>());
+    // Without a question the position keeps what the host gave it.
+    QCOMPARE(item->getQuantity(), asked ? 3.0 : 2.5);
 }
 
 void TestSaleHooks::quantityInput_data()
@@ -307,7 +272,7 @@ void TestSaleHooks::inputOnReturnAsksForInvoice()
 {
     QFETCH(QVariantMap, answer);
     QFETCH(int, result);
-    const auto document = PluginTestHost::document(EDocumentType::Back);
+    const auto document = m_host->document(EDocumentType::Back);
     m_plugin->setDocument(document);  // the cashier cancels the question of the binding
     m_host->backDialog()->enqueueAnswer(answer);
 
@@ -319,9 +284,9 @@ void TestSaleHooks::inputOnReturnAsksForInvoice()
 
 void TestSaleHooks::inputOnOtherDocumentsHasNothingToDo()
 {
-    m_plugin->setDocument(PluginTestHost::backBySale(QStringLiteral("000012000345")));
+    m_plugin->setDocument(m_host->backBySale(QStringLiteral("000012000345")));
     QCOMPARE(m_plugin->beforeInput(control::Action(control::Input, {})), EContext::NotHandled);
-    m_plugin->setDocument(PluginTestHost::document(EDocumentType::Sale));
+    m_plugin->setDocument(m_host->document(EDocumentType::Sale));
     QCOMPARE(m_plugin->beforeInput(control::Action(control::Input, {})), EContext::NotHandled);
     QVERIFY(m_host->backDialog()->shown().isEmpty());
 }
@@ -341,11 +306,11 @@ void TestSaleHooks::stornoAllOfReturnLeavesForMenu()
     QFETCH(int, type);
     QFETCH(bool, leaves);
     if (type == EDocumentType::BackBySale)
-        m_plugin->setDocument(PluginTestHost::backBySale(QStringLiteral("000100122024000012000345")));
+        m_plugin->setDocument(m_host->backBySale(QStringLiteral("000100122024000012000345")));
     else if (type == EDocumentType::Back)
         bindReturn();
     else
-        m_plugin->setDocument(PluginTestHost::document(type));
+        m_plugin->setDocument(m_host->document(type));
     ActionPipeline pipeline;
     pipeline.addPlugin(m_plugin.get());
     pipeline.setHostAction(control::StornoAll, [](const control::Action &) { return EContext::Continue; });

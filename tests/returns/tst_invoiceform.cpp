@@ -25,9 +25,35 @@ namespace {
 // What the cashier does with the form; the form is shown in \a window.
 using Cashier = std::function<void(QQuickView &window)>;
 
+// The items of the form's visual tree, depth first.
+QList<QQuickItem *> items(QQuickItem *root)
+{
+    QList<QQuickItem *> found{root};
+    const auto children = root->childItems();
+    for (QQuickItem *child : children)
+        found << items(child);
+    return found;
+}
+
 QQuickItem *item(QQuickView &window, const QString &objectName)
 {
-    return window.rootObject()->findChild<QQuickItem *>(objectName);
+    const auto all = items(window.rootObject());
+    const auto named = std::find_if(all.cbegin(), all.cend(), [&](const QQuickItem *candidate) {
+        return candidate->objectName() == objectName;
+    });
+    return named == all.cend() ? nullptr : *named;
+}
+
+// A property of the item named \a objectName; invalid when there is no such item.
+QVariant itemProperty(QQuickView &window, const QString &objectName, const char *name)
+{
+    const QQuickItem *named = item(window, objectName);
+    return named ? named->property(name) : QVariant();
+}
+
+QString fieldText(QQuickView &window, const QString &field)
+{
+    return itemProperty(window, QStringLiteral("field_") + field, "text").toString();
 }
 
 void click(QQuickView &window, const QString &objectName)
@@ -46,21 +72,21 @@ void type(QQuickView &window, const QString &field, const QString &text)
     QTest::keyClick(&window, Qt::Key_Backspace);
     for (const QChar character : text)
         QTest::sendKeyEvent(QTest::Click, &window, Qt::Key_unknown, QString(character), Qt::NoModifier);
-    QCOMPARE(item(window, QStringLiteral("field_") + field)->property("text").toString(), text);
+    QCOMPARE(fieldText(window, field), text);
 }
 
 bool confirmEnabled(QQuickView &window)
 {
-    return item(window, QStringLiteral("confirmButton"))->isEnabled();
+    return itemProperty(window, QStringLiteral("confirmButton"), "enabled").toBool();
 }
 
 // Every text shown by a label of the form.
 QStringList labels(QQuickView &window)
 {
     QStringList texts;
-    const auto items = window.rootObject()->findChildren<QQuickItem *>();
-    for (const QQuickItem *child : items) {
-        if (QByteArray(child->metaObject()->className()).startsWith("QQuickLabel"))
+    const auto all = items(window.rootObject());
+    for (const QQuickItem *child : all) {
+        if (child->inherits("QQuickLabel"))
             texts << child->property("text").toString();
     }
     return texts;
@@ -148,12 +174,12 @@ void TestInvoiceForm::fieldsShownFromParams()
         for (const QString &text : {QStringLiteral("Ввод информации об оригинальном инвойсе"), QStringLiteral("Номер кассы"),
                                     QStringLiteral("Номер инвойса"), QStringLiteral("Номер ТЦ"), QStringLiteral("Дата")})
             QVERIFY2(shown.contains(text), qPrintable(text));
-        QCOMPARE(item(window, QStringLiteral("field_cashCode"))->property("text").toString(), QStringLiteral("0000"));
-        QCOMPARE(item(window, QStringLiteral("field_invoiceNumber"))->property("text").toString(), QStringLiteral("000000"));
-        QCOMPARE(item(window, QStringLiteral("field_storeNumber"))->property("text").toString(), QStringLiteral("7"));
-        QCOMPARE(item(window, QStringLiteral("field_invoiceDate"))->property("text").toString(), QString());
-        QCOMPARE(item(window, QStringLiteral("field_invoiceDate"))->property("placeholderText").toString(), QStringLiteral("dd.mm.yyyy"));
-        QCOMPARE(item(window, QStringLiteral("confirmButton"))->property("text").toString(), QStringLiteral("Ввод"));
+        QCOMPARE(fieldText(window, QStringLiteral("cashCode")), QStringLiteral("0000"));
+        QCOMPARE(fieldText(window, QStringLiteral("invoiceNumber")), QStringLiteral("000000"));
+        QCOMPARE(fieldText(window, QStringLiteral("storeNumber")), QStringLiteral("7"));
+        QCOMPARE(fieldText(window, QStringLiteral("invoiceDate")), QString());
+        QCOMPARE(itemProperty(window, QStringLiteral("field_invoiceDate"), "placeholderText").toString(), QStringLiteral("dd.mm.yyyy"));
+        QCOMPARE(itemProperty(window, QStringLiteral("confirmButton"), "text").toString(), QStringLiteral("Ввод"));
         // The date is still missing.
         QVERIFY(!confirmEnabled(window));
         click(window, QStringLiteral("cancelButton"));
