@@ -439,6 +439,23 @@ bool BackPlugin::registerLoyaltySystem()
     return true;
 }
 
+void BackPlugin::shiftOpen()
+{
+    logger->info(QStringLiteral("Открытие смены"));
+    const DocumentFacade::CheckResult check = Singleton<DocumentFacade>::instance()->checkShiftOpen({});
+    if (check.failed)
+        throw ShiftOpenException(check.message);
+
+    const Response answer = interface->tillOpen(Singleton<Session>::instance()->getCurrentUser(), 0.0);
+    answer.checkStatus();
+
+    StorageItem item;
+    item.bindToCurrentShift();
+    item.setName(QStringLiteral("tillOpen"));
+    item.setValue(QString::fromUtf8(QJsonDocument(answer.jsonObject()).toJson(QJsonDocument::Indented)));
+    Singleton<DocumentsDao>::instance()->saveStorageItem(item);
+}
+
 InvoiceInfo BackPlugin::inputInvoiceInfo()
 {
     logger->info(QStringLiteral("Ввод информации об оригинальном инвойсе"));
