@@ -43,10 +43,10 @@ Pane {
     padding: 24
     implicitWidth: 560
 
-    Shortcut {
-        sequences: [StandardKey.Cancel]
-        onActivated: form.cancelled()
-    }
+    // Keys the fields leave unhandled: Enter confirms, Escape cancels.
+    Keys.onReturnPressed: confirm()
+    Keys.onEnterPressed: confirm()
+    Keys.onEscapePressed: cancelled()
 
     ColumnLayout {
         anchors.fill: parent
@@ -90,7 +90,6 @@ Pane {
                     color: field.valid ? palette.text : "#c62828"
                     focus: field.index === 0
                     Layout.fillWidth: true
-                    onAccepted: form.confirm()
                 }
             }
         }

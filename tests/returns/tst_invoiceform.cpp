@@ -108,6 +108,8 @@ private slots:
     void confirmAnswersData();
     void cancelAnswersNothing();
     void escapeCancels();
+    void enterConfirms_data();
+    void enterConfirms();
 
 private:
     /// Presents forms as the till does, with \a cashier acting on them.
@@ -268,6 +270,25 @@ void TestInvoiceForm::escapeCancels()
     });
     QTest::ignoreMessage(QtInfoMsg, "Ответ: ввод отменен");
     QVERIFY(!m_plugin->inputInvoiceInfo().valid());
+}
+
+void TestInvoiceForm::enterConfirms_data()
+{
+    QTest::addColumn<QString>("date");
+    QTest::addColumn<bool>("answered");
+    QTest::newRow("every field passes") << QStringLiteral("01.02.2024") << true;
+    QTest::newRow("date missing") << QString() << false;
+}
+
+void TestInvoiceForm::enterConfirms()
+{
+    QFETCH(QString, date);
+    QFETCH(bool, answered);
+    presentWith([&](QQuickView &window) {
+        type(window, QStringLiteral("invoiceDate"), date);
+        QTest::keyClick(&window, Qt::Key_Return);
+    });
+    QCOMPARE(m_plugin->inputInvoiceInfo().valid(), answered);
 }
 
 QTEST_MAIN(TestInvoiceForm)
