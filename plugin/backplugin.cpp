@@ -1,7 +1,9 @@
 #include "backplugin.h"
 
 #include "client/interface.h"
+#include "responses/advicenoteresponse.h"
 #include "responses/response.h"
+#include "responses/shiftclosedexception.h"
 #include "returns/backdialog.h"
 #include "returns/backview.h"
 
@@ -26,6 +28,7 @@
 #include <mockfactory.h>
 #include <qml/qmlbasedgui.h>
 #include <quantity.h>
+#include <savetofilelogic.h>
 #include <session.h>
 #include <shiftopenexception.h>
 #include <singleton.h>
@@ -49,6 +52,7 @@ const QString ForbiddenMixedValutsSection = QStringLiteral("Tessaro.ForbiddenMix
 const QString AdditionalBackBySaleValutsSection = QStringLiteral("TessaroBack.AdditionalBackBySaleValuts");
 const QString ReasonNamespace = QStringLiteral("tessaro");
 const QString ReasonKey = QStringLiteral("backReason");
+const QString AdviceNoteResponseKey = QStringLiteral("adviceNoteResponse");
 
 const QList<int> ReturnTypes{EDocumentType::Back, EDocumentType::BackBySale};
 
@@ -363,7 +367,46 @@ EContext::Result BackPlugin::selectBackReason(const control::Action &action)
 
 EContext::Result BackPlugin::beforeAttemptToDocumentClose(const control::Action &)
 {
-    return EContext::Continue;
+    // A shift closed at the service is opened once, then the return is sent again.
+    bool retried = false;
+    for (;;) {
+        try {
+            if (retried)
+                shiftOpen();
+            settleReturn();
+            return EContext::Continue;
+        } catch (const ShiftClosedException &e) {
+            if (retried) {
+                showError(e);
+                return EContext::Stop;
+            }
+            retried = true;
+        } catch (const BasicException &e) {
+            showError(e);
+            return EContext::Stop;
+        }
+    }
+}
+
+void BackPlugin::settleReturn()
+{
+    // The answer to the last advice note of this document, if any: an unchanged
+    // return is then not sent again.
+    AdviceNoteResponse answer = AdviceNoteResponse::fromMap(getPluginData(AdviceNoteResponseKey).toMap());
+    const QSharedPointer<AbstractDocument> document = getDocument();
+    if (document && document->hasType({EDocumentType::Back}))
+        answer = interface->adviceNote(qSharedPointerObjectCast<BackDocument>(document), getInvoiceInfo(), answer);
+    else if (document && document->hasType({EDocumentType::BackBySale}))
+        answer = interface->adviceNote(qSharedPointerObjectCast<BackBySaleDocument>(document), getInvoiceInfo(), answer);
+    answer.checkStatus();
+
+    const QString invoiceId = answer.key4();
+    logger->info(QStringLiteral("Номер инвойса возврата: %1").arg(invoiceId));
+    setPluginData(QStringLiteral("invoiceIDRaw"), invoiceId);
+    setPluginData(QStringLiteral("invoiceID"), QString(invoiceId).remove(QLatin1Char('/')));
+    setPluginData(AdviceNoteResponseKey, answer.toMap());
+    // The number and the answer must survive a restart of the till before the close.
+    MockFactory<SaveToFileLogic>::create()->save(document, {});
 }
 
 EContext::Result BackPlugin::beforeAttemptToBackBySale(const control::Action &action)

@@ -90,7 +90,12 @@ public:
     /// The handler of the return-reason action: lets the cashier choose the
     /// document's common reason ("target" = "document") or a position's own.
     virtual EContext::Result selectBackReason(const control::Action &action);
-    /// Reports a return to the service before the document closes.
+    /// Reports a return to the service before the document closes: sends
+    /// its advice note (unless the answer kept on the document already
+    /// answers it unchanged), keeps the return invoice number and the answer
+    /// on the document and saves it. A closed shift at the service is opened
+    /// once and the advice note sent again; any other failure is shown and
+    /// refuses the close.
     virtual EContext::Result beforeAttemptToDocumentClose(const control::Action &action);
     /// Requires a common return reason on the action's document.
     virtual EContext::Result beforeAttemptToBackBySale(const control::Action &action);
@@ -157,6 +162,10 @@ private:
     /// Keeps the sale a return by sale reverses on \a document; false when
     /// its sale identifier cannot be one.
     bool bindBackBySale(const BackBySaleDocument &document) const;
+    /// One attempt of beforeAttemptToDocumentClose(): the advice note of the
+    /// bound return, its answer checked and kept on the document, the
+    /// document saved. Throws what the client and the answer's check throw.
+    void settleReturn();
 };
 
 } // namespace tessaro
