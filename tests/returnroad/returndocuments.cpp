@@ -21,6 +21,8 @@ QSharedPointer<BackDocument> ReturnDocuments::plainReturn()
 {
     auto document = QSharedPointer<BackDocument>::create();
     document->setId(QStringLiteral("back-1"));
+    // What binding the return kept after the cashier entered the sale.
+    document->setDocumentProperty(QStringLiteral("invoiceInfo"), invoice().toMap());
     fill(*document);
     document->addMoneyItem(payment(3, MoneyItem::BankCard, 200.0));
     document->addMoneyItem(payment(1, MoneyItem::Cash, 100.0));
@@ -37,7 +39,10 @@ QSharedPointer<BackBySaleDocument> ReturnDocuments::returnBySale()
 {
     auto document = QSharedPointer<BackBySaleDocument>::create();
     document->setId(QStringLiteral("backbysale-1"));
+    // Binding takes the sale from these: till and invoice from the
+    // identifier, the store and the date from the document.
     document->setSaleIdentifier(QStringLiteral("000701022024000012000345"));
+    document->setDateTime(QDateTime(QDate(2024, 2, 1), QTime(10, 30)));
     fill(*document);
     document->addMoneyItem(payment(3, MoneyItem::BankCard, 349.99));
     return document;

@@ -18,7 +18,8 @@
 /// VAT, no reason of its own, a goods-kit barcode). The common reason is 5 and
 /// the customer card has 18 digits. The plain return (349.99) is paid out by
 /// card (200) and twice in cash (100 and 50), with 0.30 of change and 0.29 of
-/// rounding; the return by sale is paid out by card only.
+/// rounding; the return by sale is paid out by card only. Each carries what
+/// binding it to the plug-in needs to name its sale without asking.
 class ReturnDocuments
 {
 public:

@@ -4,8 +4,8 @@
 #include "responses/advicenoteresponse.h"
 #include "responses/rounding.h"
 #include "responses/shiftclosedexception.h"
+#include "tests/client/servicetestbed.h"
 
-#include <client/servicetestbed.h>
 #include <support/logcapture.h>
 
 #include <documentcardrecord.h>
