@@ -1,16 +1,16 @@
 #pragma once
 
-#include "returns/invoiceinfo.h"
-
 #include <backbysaledocument.h>
 #include <backdocument.h>
 
 #include <QMap>
 #include <QSharedPointer>
 #include <QString>
+#include <QVariantMap>
 
-/// The returns that the advice-note tests close, as the till holds them at
-/// that moment, and the client settings they are read with.
+/// The returns that the return-road tests close, as the till holds them at
+/// that moment, and the client settings they are read with. Built from host
+/// types only, so that tests of the loaded plug-in module can use them too.
 ///
 /// Both returns carry the same two positions: position 1 (article 100200,
 /// 2 pieces, 250.00 with VAT code 3 at 20 %, its own reason 3 and a
@@ -23,10 +23,19 @@
 class ReturnDocuments
 {
 public:
-    /// The sale both returns refer to: store 7, till 12, invoice 000345 of 1 February 2024.
-    static InvoiceInfo invoice();
+    /// The sale both returns refer to, as a return keeps it ("invoiceInfo"):
+    /// store 0007, till 0012, invoice 000345 of 1 February 2024.
+    static QVariantMap invoiceInfo();
     static QSharedPointer<BackDocument> plainReturn();
     static QSharedPointer<BackBySaleDocument> returnBySale();
+
+    /// A plain return as the cashier starts it: customer card and common
+    /// reason, no sale named, no positions, no payments.
+    static QSharedPointer<BackDocument> startPlainReturn();
+    /// The two positions, without reasons of their own.
+    static void addPositions(AbstractDocument &document);
+    /// The plain return's payments and rounding.
+    static void payPlainReturn(AbstractDocument &document);
 
     /// The client settings the bodies are built with: till VAT code 3 is the
     /// service's 5, till payment code 3 (card) the service's 2.
@@ -36,9 +45,11 @@ public:
     static QSharedPointer<GoodsItem> position(int posnum, const QString &code, double quantity, double sum);
     /// A payment of \a amount in currency \a code of currency type \a valutType.
     static QSharedPointer<MoneyItem> payment(int code, int valutType, double amount, bool change = false);
+    /// Gives position 1 its own return reason, 3.
+    static void giveOwnReason(AbstractDocument &document);
 
     static const QString customerCard;
 
 private:
-    static void fill(AbstractDocument &document);
+    static void start(AbstractDocument &document, const QString &id);
 };

@@ -4,6 +4,7 @@
 #include "responses/advicenoteresponse.h"
 #include "responses/rounding.h"
 #include "responses/shiftclosedexception.h"
+#include "returns/invoiceinfo.h"
 #include "tests/client/servicetestbed.h"
 
 #include <support/logcapture.h>
@@ -30,6 +31,12 @@ const QString plainReturnDigest = QStringLiteral("feb320be9e0927484bd437f86ce4a7
 const QString returnBySaleDigest = QStringLiteral("8e3f2cdedaad0abcde4c42423d9dcb31");
 
 const QByteArray serviceAnswer = R"({"uuid":"5d0c7f2e","Key4":"0/0/0012/000077","invoiceID":"00012000077"})";
+
+// The sale the returns refer to.
+InvoiceInfo sale()
+{
+    return InvoiceInfo::fromMap(ReturnDocuments::invoiceInfo());
+}
 
 QByteArray expectedFile(const QString &name)
 {
@@ -156,7 +163,7 @@ void TestAdviceNote::plainReturnBody()
     AdviceNoteBed bed;
     LogCapture log;
     const AdviceNoteResponse answer
-        = bed.client->adviceNote(ReturnDocuments::plainReturn(), ReturnDocuments::invoice(), AdviceNoteResponse());
+        = bed.client->adviceNote(ReturnDocuments::plainReturn(), sale(), AdviceNoteResponse());
 
     QCOMPARE(bed.requestCount(), 1);
     const ScriptedHttpServer::Request request = bed.server().requests().constFirst();
@@ -172,7 +179,7 @@ void TestAdviceNote::returnBySaleBody()
 {
     AdviceNoteBed bed;
     LogCapture log;
-    bed.client->adviceNote(ReturnDocuments::returnBySale(), ReturnDocuments::invoice(), AdviceNoteResponse());
+    bed.client->adviceNote(ReturnDocuments::returnBySale(), sale(), AdviceNoteResponse());
 
     QCOMPARE(bed.requestCount(), 1);
     QCOMPARE(bed.sentBody(), expectedBody(QStringLiteral("return-by-sale.json")));
@@ -184,13 +191,13 @@ void TestAdviceNote::digestIsTheMd5OfTheIndentedBody()
 {
     AdviceNoteBed bed;
     const AdviceNoteResponse plain
-        = bed.client->adviceNote(ReturnDocuments::plainReturn(), ReturnDocuments::invoice(), AdviceNoteResponse());
+        = bed.client->adviceNote(ReturnDocuments::plainReturn(), sale(), AdviceNoteResponse());
     // The expected file is Qt's indented form of the body, byte for byte.
     QCOMPARE(QJsonDocument(bed.sentBody()).toJson(QJsonDocument::Indented), expectedFile(QStringLiteral("plain-return.json")));
     QCOMPARE(plain.requestHashSum, plainReturnDigest);
 
     const AdviceNoteResponse bySale
-        = bed.client->adviceNote(ReturnDocuments::returnBySale(), ReturnDocuments::invoice(), AdviceNoteResponse());
+        = bed.client->adviceNote(ReturnDocuments::returnBySale(), sale(), AdviceNoteResponse());
     QCOMPARE(QJsonDocument(bed.sentBody()).toJson(QJsonDocument::Indented), expectedFile(QStringLiteral("return-by-sale.json")));
     QCOMPARE(bySale.requestHashSum, returnBySaleDigest);
 }
@@ -201,13 +208,13 @@ void TestAdviceNote::progressOnlyForThePlainReturn()
     const auto dialog = QSharedPointer<ProgressWatch>::create(bed.server());
     MockFactory<Dialog>::setInstance(dialog);
 
-    bed.client->adviceNote(ReturnDocuments::plainReturn(), ReturnDocuments::invoice(), AdviceNoteResponse());
+    bed.client->adviceNote(ReturnDocuments::plainReturn(), sale(), AdviceNoteResponse());
     QCOMPARE(dialog->progress(), (QList<tr::Tr>{tr::Tr(QStringLiteral("tessaroProgress"), QStringLiteral("Обращение к сервису Tessaro"))}));
     // Shown before the request and kept open until its answer.
     QCOMPARE(dialog->requestsWhenShown, QList<int>{0});
     QCOMPARE(dialog->requestsWhenClosed, QList<int>{1});
 
-    bed.client->adviceNote(ReturnDocuments::returnBySale(), ReturnDocuments::invoice(), AdviceNoteResponse());
+    bed.client->adviceNote(ReturnDocuments::returnBySale(), sale(), AdviceNoteResponse());
     QCOMPARE(bed.requestCount(), 2);
     QCOMPARE(dialog->progress().size(), 1);
 }
@@ -216,11 +223,11 @@ void TestAdviceNote::unchangedNoteIsNotSentAgain()
 {
     AdviceNoteBed bed;
     const auto document = ReturnDocuments::plainReturn();
-    const AdviceNoteResponse first = bed.client->adviceNote(document, ReturnDocuments::invoice(), AdviceNoteResponse());
+    const AdviceNoteResponse first = bed.client->adviceNote(document, sale(), AdviceNoteResponse());
     QCOMPARE(bed.requestCount(), 1);
 
     LogCapture log;
-    const AdviceNoteResponse second = bed.client->adviceNote(document, ReturnDocuments::invoice(), first);
+    const AdviceNoteResponse second = bed.client->adviceNote(document, sale(), first);
     QCOMPARE(bed.requestCount(), 1);
     QVERIFY(log.texts(QStringLiteral("tessaro"), QtInfoMsg).contains(QStringLiteral("Отправка запроса не требуется")));
     QVERIFY(second == first);
@@ -235,8 +242,8 @@ void TestAdviceNote::defaultPreviousAlwaysSends()
     const AdviceNoteResponse none;
     QVERIFY(none.requestHashSum.isEmpty());
     LogCapture log;
-    bed.client->adviceNote(ReturnDocuments::returnBySale(), ReturnDocuments::invoice(), none);
-    bed.client->adviceNote(ReturnDocuments::returnBySale(), ReturnDocuments::invoice(), none);
+    bed.client->adviceNote(ReturnDocuments::returnBySale(), sale(), none);
+    bed.client->adviceNote(ReturnDocuments::returnBySale(), sale(), none);
     QCOMPARE(bed.requestCount(), 2);
     QVERIFY(!log.contains(QStringLiteral("Отправка запроса не требуется")));
 }
@@ -245,14 +252,14 @@ void TestAdviceNote::changedReturnIsSentAgain()
 {
     AdviceNoteBed bed;
     const auto document = ReturnDocuments::plainReturn();
-    const AdviceNoteResponse first = bed.client->adviceNote(document, ReturnDocuments::invoice(), AdviceNoteResponse());
+    const AdviceNoteResponse first = bed.client->adviceNote(document, sale(), AdviceNoteResponse());
 
     document->getGoodsItems().constFirst()->setAdditionalData(QStringLiteral("tessaro"), QStringLiteral("backReason"), 4);
-    const AdviceNoteResponse second = bed.client->adviceNote(document, ReturnDocuments::invoice(), first);
+    const AdviceNoteResponse second = bed.client->adviceNote(document, sale(), first);
     QCOMPARE(bed.requestCount(), 2);
     QVERIFY(second.requestHashSum != first.requestHashSum);
 
-    InvoiceInfo otherSale = ReturnDocuments::invoice();
+    InvoiceInfo otherSale = sale();
     otherSale.invoiceNumber = QStringLiteral("000346");
     bed.client->adviceNote(document, otherSale, second);
     QCOMPARE(bed.requestCount(), 3);
@@ -263,7 +270,7 @@ void TestAdviceNote::answerCarriesTheDigestWhateverItsStatus()
     AdviceNoteBed bed;
     bed.server().enqueue(ScriptedHttpServer::Answer::json(200, R"({"status":"The shift is closed"})"));
     const AdviceNoteResponse answer
-        = bed.client->adviceNote(ReturnDocuments::plainReturn(), ReturnDocuments::invoice(), AdviceNoteResponse());
+        = bed.client->adviceNote(ReturnDocuments::plainReturn(), sale(), AdviceNoteResponse());
     QCOMPARE(answer.status(), tessaro::Response::ShiftClosed);
     QCOMPARE(answer.requestHashSum, plainReturnDigest);
     QVERIFY_THROWS_EXCEPTION(tessaro::ShiftClosedException, answer.checkStatus());
@@ -275,7 +282,7 @@ void TestAdviceNote::positionWithoutVat()
     const auto document = ReturnDocuments::plainReturn();
     const auto position = document->getGoodsItems().constFirst();
     position->setActualVatIndex(-1);
-    bed.client->adviceNote(document, ReturnDocuments::invoice(), AdviceNoteResponse());
+    bed.client->adviceNote(document, sale(), AdviceNoteResponse());
 
     const QJsonObject sent = item(bed.sentBody(), 0);
     QVERIFY(!sent.contains(QStringLiteral("vatCode")));
@@ -295,7 +302,7 @@ void TestAdviceNote::returnBySaleItemsHaveNoVat()
     third->setVatCodesArray({2});
     third->setVatSumsArray({1.09});
     document->addGoodsItem(third);
-    bed.client->adviceNote(document, ReturnDocuments::invoice(), AdviceNoteResponse());
+    bed.client->adviceNote(document, sale(), AdviceNoteResponse());
 
     const QJsonArray sent = items(bed.sentBody());
     QCOMPARE(sent.size(), 3);
@@ -328,7 +335,7 @@ void TestAdviceNote::returnReason()
     const auto document = ReturnDocuments::plainReturn();
     document->setCommonBackReason(common);
     document->getGoodsItems().constFirst()->setAdditionalData(QStringLiteral("tessaro"), QStringLiteral("backReason"), own);
-    bed.client->adviceNote(document, ReturnDocuments::invoice(), AdviceNoteResponse());
+    bed.client->adviceNote(document, sale(), AdviceNoteResponse());
     QCOMPARE(item(bed.sentBody(), 0).value(QStringLiteral("returnReason")), QJsonValue(sent));
 }
 
@@ -369,7 +376,7 @@ void TestAdviceNote::traceability()
     const auto position = document->getGoodsItems().constFirst();
     position->setAdditionalData(QStringLiteral("orvel"), QStringLiteral("traceability"), record.isEmpty() ? QVariant() : QVariant(record));
     position->setGoodsKitBarcode(kitBarcode);
-    bed.client->adviceNote(document, ReturnDocuments::invoice(), AdviceNoteResponse());
+    bed.client->adviceNote(document, sale(), AdviceNoteResponse());
     QCOMPARE(item(bed.sentBody(), 0).value(QStringLiteral("traceability")), sent);
 }
 
@@ -496,7 +503,7 @@ void TestAdviceNote::roundingHalvesAwayFromZero()
     document->addGoodsItem(ReturnDocuments::position(1, QStringLiteral("1"), 1.0, sum));
     document->addMoneyItem(ReturnDocuments::payment(1, MoneyItem::Cash, sum));
     document->addCardRecord(QSharedPointer<DocumentCardRecord>::create(27, ReturnDocuments::customerCard));
-    bed.client->adviceNote(document, ReturnDocuments::invoice(), AdviceNoteResponse());
+    bed.client->adviceNote(document, sale(), AdviceNoteResponse());
     const QJsonObject body = bed.sentBody();
     QCOMPARE(item(body, 0).value(QStringLiteral("totalDiscountedGross")), QJsonValue(rounded));
     QCOMPARE(item(body, 0).value(QStringLiteral("itemPriceNet")), QJsonValue(rounded));
@@ -507,7 +514,7 @@ void TestAdviceNote::originalInvoiceObject_data()
 {
     QTest::addColumn<InvoiceInfo>("invoice");
     QTest::addColumn<QJsonObject>("sent");
-    QTest::newRow("full") << ReturnDocuments::invoice()
+    QTest::newRow("full") << sale()
                           << QJsonObject{{QStringLiteral("date"), QStringLiteral("20240201")},
                                          {QStringLiteral("storeNo"), 7},
                                          {QStringLiteral("tillNo"), 12},
@@ -518,7 +525,7 @@ void TestAdviceNote::originalInvoiceObject_data()
                                                                {QStringLiteral("storeNo"), 0},
                                                                {QStringLiteral("tillNo"), 12},
                                                                {QStringLiteral("invoiceNo"), QStringLiteral("000345")}};
-    InvoiceInfo odd = ReturnDocuments::invoice();
+    InvoiceInfo odd = sale();
     odd.storeNumber = QStringLiteral("7a");
     odd.cashCode = QStringLiteral("2147483648");
     QTest::newRow("not numbers, out of range") << odd
@@ -557,7 +564,7 @@ void TestAdviceNote::tillAndStoreCodes()
     Registry &registry = Singleton<Session>::instance()->getRegistry();
     registry.setShopCode(shopCode);
     registry.setCashCode(cashCode);
-    bed.client->adviceNote(ReturnDocuments::returnBySale(), ReturnDocuments::invoice(), AdviceNoteResponse());
+    bed.client->adviceNote(ReturnDocuments::returnBySale(), sale(), AdviceNoteResponse());
     const QJsonObject header = bed.sentBody().value(QStringLiteral("header")).toObject();
     QCOMPARE(header.value(QStringLiteral("store")), QJsonValue(store));
     QCOMPARE(header.value(QStringLiteral("tillNo")), QJsonValue(tillNo));
@@ -583,7 +590,7 @@ void TestAdviceNote::customerNumber()
     if (card.isValid())
         document->addCardRecord(QSharedPointer<DocumentCardRecord>::create(27, card));
     document->addCardRecord(QSharedPointer<DocumentCardRecord>::create(3, QStringLiteral("999999999999999999")));
-    bed.client->adviceNote(document, ReturnDocuments::invoice(), AdviceNoteResponse());
+    bed.client->adviceNote(document, sale(), AdviceNoteResponse());
     const QJsonObject header = bed.sentBody().value(QStringLiteral("header")).toObject();
     QCOMPARE(header.value(QStringLiteral("customer")).toObject(), (QJsonObject{{QStringLiteral("customerNumber"), sent}}));
 }
@@ -604,7 +611,7 @@ void TestAdviceNote::answerKey4()
     AdviceNoteBed bed;
     bed.server().enqueue(ScriptedHttpServer::Answer::json(200, reply));
     const AdviceNoteResponse answer
-        = bed.client->adviceNote(ReturnDocuments::returnBySale(), ReturnDocuments::invoice(), AdviceNoteResponse());
+        = bed.client->adviceNote(ReturnDocuments::returnBySale(), sale(), AdviceNoteResponse());
     QCOMPARE(answer.key4(), key4);
 }
 
@@ -612,9 +619,9 @@ void TestAdviceNote::answersDifferingOnlyInDigestAreEqual()
 {
     AdviceNoteBed bed;
     const AdviceNoteResponse plain
-        = bed.client->adviceNote(ReturnDocuments::plainReturn(), ReturnDocuments::invoice(), AdviceNoteResponse());
+        = bed.client->adviceNote(ReturnDocuments::plainReturn(), sale(), AdviceNoteResponse());
     const AdviceNoteResponse bySale
-        = bed.client->adviceNote(ReturnDocuments::returnBySale(), ReturnDocuments::invoice(), AdviceNoteResponse());
+        = bed.client->adviceNote(ReturnDocuments::returnBySale(), sale(), AdviceNoteResponse());
     QVERIFY(plain.requestHashSum != bySale.requestHashSum);
     QVERIFY(plain == bySale);
     QVERIFY(QVariant::fromValue(plain) == QVariant::fromValue(bySale));
