@@ -3,7 +3,12 @@
 #include <documentcardrecord.h>
 #include <documentimpact.h>
 
+#include <QFile>
+#include <QJsonDocument>
+
 const QString ReturnDocuments::customerCard = QStringLiteral("778899123456789012");
+const QString ReturnDocuments::plainReturnDigest = QStringLiteral("feb320be9e0927484bd437f86ce4a78a");
+const QString ReturnDocuments::returnBySaleDigest = QStringLiteral("8e3f2cdedaad0abcde4c42423d9dcb31");
 
 QVariantMap ReturnDocuments::invoiceInfo()
 {
@@ -82,6 +87,17 @@ void ReturnDocuments::payPlainReturn(AbstractDocument &document)
 void ReturnDocuments::giveOwnReason(AbstractDocument &document)
 {
     document.getGoodsItemByPosnum(1)->setAdditionalData(QStringLiteral("tessaro"), QStringLiteral("backReason"), 3);
+}
+
+QByteArray ReturnDocuments::expectedFile(const QString &fileName)
+{
+    QFile file(QStringLiteral(ADVICENOTE_DATA_DIR "/") + fileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QJsonObject ReturnDocuments::expectedBody(const QString &fileName)
+{
+    return QJsonDocument::fromJson(expectedFile(fileName)).object();
 }
 
 QMap<QString, QString> ReturnDocuments::clientSettings()

@@ -3,6 +3,8 @@
 #include <backbysaledocument.h>
 #include <backdocument.h>
 
+#include <QByteArray>
+#include <QJsonObject>
 #include <QMap>
 #include <QSharedPointer>
 #include <QString>
@@ -48,7 +50,16 @@ public:
     /// Gives position 1 its own return reason, 3.
     static void giveOwnReason(AbstractDocument &document);
 
+    /// The expected advice-note body \a fileName of tests/data/advicenote, as its bytes.
+    static QByteArray expectedFile(const QString &fileName);
+    /// The same, read as a JSON object.
+    static QJsonObject expectedBody(const QString &fileName);
+
     static const QString customerCard;
+    /// The digests of the expected bodies, worked out with md5sum (see
+    /// tests/data/advicenote/README).
+    static const QString plainReturnDigest;
+    static const QString returnBySaleDigest;
 
 private:
     static void start(AbstractDocument &document, const QString &id);

@@ -15,7 +15,6 @@
 #include <session.h>
 #include <singleton.h>
 
-#include <QFile>
 #include <QJsonDocument>
 #include <QTest>
 
@@ -26,27 +25,12 @@ using tessaro::Interface;
 
 namespace {
 
-// md5sum of the expected files (see tests/data/advicenote/README).
-const QString plainReturnDigest = QStringLiteral("feb320be9e0927484bd437f86ce4a78a");
-const QString returnBySaleDigest = QStringLiteral("8e3f2cdedaad0abcde4c42423d9dcb31");
-
 const QByteArray serviceAnswer = R"({"uuid":"5d0c7f2e","Key4":"0/0/0012/000077","invoiceID":"00012000077"})";
 
 // The sale the returns refer to.
 InvoiceInfo sale()
 {
     return InvoiceInfo::fromMap(ReturnDocuments::invoiceInfo());
-}
-
-QByteArray expectedFile(const QString &name)
-{
-    QFile file(QStringLiteral(ADVICENOTE_DATA_DIR "/") + name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QJsonObject expectedBody(const QString &name)
-{
-    return QJsonDocument::fromJson(expectedFile(name)).object();
 }
 
 QJsonArray items(const QJsonObject &body)
@@ -169,7 +153,7 @@ void TestAdviceNote::plainReturnBody()
     const ScriptedHttpServer::Request request = bed.server().requests().constFirst();
     QCOMPARE(request.method, QByteArray("POST"));
     QCOMPARE(request.path, QStringLiteral("/api/advicenote"));
-    QCOMPARE(bed.sentBody(), expectedBody(QStringLiteral("plain-return.json")));
+    QCOMPARE(bed.sentBody(), ReturnDocuments::expectedBody(QStringLiteral("plain-return.json")));
     QCOMPARE(answer.key4(), QStringLiteral("0/0/0012/000077"));
     QVERIFY(log.texts(QStringLiteral("tessaro"), QtInfoMsg)
                 .contains(QStringLiteral("Создание корзины с помощью готовых данных по чеку возврата")));
@@ -182,7 +166,7 @@ void TestAdviceNote::returnBySaleBody()
     bed.client->adviceNote(ReturnDocuments::returnBySale(), sale(), AdviceNoteResponse());
 
     QCOMPARE(bed.requestCount(), 1);
-    QCOMPARE(bed.sentBody(), expectedBody(QStringLiteral("return-by-sale.json")));
+    QCOMPARE(bed.sentBody(), ReturnDocuments::expectedBody(QStringLiteral("return-by-sale.json")));
     QVERIFY(log.texts(QStringLiteral("tessaro"), QtInfoMsg)
                 .contains(QStringLiteral("Создание корзины с помощью готовых данных для чека возврата по чеку продажи")));
 }
@@ -193,13 +177,13 @@ void TestAdviceNote::digestIsTheMd5OfTheIndentedBody()
     const AdviceNoteResponse plain
         = bed.client->adviceNote(ReturnDocuments::plainReturn(), sale(), AdviceNoteResponse());
     // The expected file is Qt's indented form of the body, byte for byte.
-    QCOMPARE(QJsonDocument(bed.sentBody()).toJson(QJsonDocument::Indented), expectedFile(QStringLiteral("plain-return.json")));
-    QCOMPARE(plain.requestHashSum, plainReturnDigest);
+    QCOMPARE(QJsonDocument(bed.sentBody()).toJson(QJsonDocument::Indented), ReturnDocuments::expectedFile(QStringLiteral("plain-return.json")));
+    QCOMPARE(plain.requestHashSum, ReturnDocuments::plainReturnDigest);
 
     const AdviceNoteResponse bySale
         = bed.client->adviceNote(ReturnDocuments::returnBySale(), sale(), AdviceNoteResponse());
-    QCOMPARE(QJsonDocument(bed.sentBody()).toJson(QJsonDocument::Indented), expectedFile(QStringLiteral("return-by-sale.json")));
-    QCOMPARE(bySale.requestHashSum, returnBySaleDigest);
+    QCOMPARE(QJsonDocument(bed.sentBody()).toJson(QJsonDocument::Indented), ReturnDocuments::expectedFile(QStringLiteral("return-by-sale.json")));
+    QCOMPARE(bySale.requestHashSum, ReturnDocuments::returnBySaleDigest);
 }
 
 void TestAdviceNote::progressOnlyForThePlainReturn()
@@ -272,7 +256,7 @@ void TestAdviceNote::answerCarriesTheDigestWhateverItsStatus()
     const AdviceNoteResponse answer
         = bed.client->adviceNote(ReturnDocuments::plainReturn(), sale(), AdviceNoteResponse());
     QCOMPARE(answer.status(), tessaro::Response::ShiftClosed);
-    QCOMPARE(answer.requestHashSum, plainReturnDigest);
+    QCOMPARE(answer.requestHashSum, ReturnDocuments::plainReturnDigest);
     QVERIFY_THROWS_EXCEPTION(tessaro::ShiftClosedException, answer.checkStatus());
 }
 

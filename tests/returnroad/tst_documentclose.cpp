@@ -17,8 +17,6 @@
 #include <session.h>
 #include <singleton.h>
 
-#include <QFile>
-#include <QJsonDocument>
 #include <QTest>
 
 #include <memory>
@@ -233,9 +231,8 @@ void TestDocumentClose::returnBySaleSendsItsOwnBody()
     LogCapture log;
     QCOMPARE(bed.close(), EContext::Continue);
     QCOMPARE(bed.paths(), QStringList{adviceNotePath});
-    QFile expected(QStringLiteral(ADVICENOTE_DATA_DIR "/return-by-sale.json"));
-    QVERIFY(expected.open(QIODevice::ReadOnly));
-    QCOMPARE(ServiceTestBed::jsonBody(bed.server().requests().constFirst()), QJsonDocument::fromJson(expected.readAll()).object());
+    QCOMPARE(ServiceTestBed::jsonBody(bed.server().requests().constFirst()),
+             ReturnDocuments::expectedBody(QStringLiteral("return-by-sale.json")));
     QVERIFY(log.texts(QStringLiteral("tessaroback"), QtInfoMsg)
                 .contains(QStringLiteral("Создание корзины с помощью готовых данных для чека возврата по чеку продажи")));
     QCOMPARE(bed.data(QStringLiteral("invoiceID")), QVariant(QStringLiteral("000012000077")));
