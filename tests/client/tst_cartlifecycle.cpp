@@ -1,8 +1,10 @@
 #include "cartclienttest.h"
+#include "cartemulatorbed.h"
 #include "servicetestbed.h"
 
 #include "responses/connectionerrorexception.h"
 
+#include <goodsitem.h>
 #include <support/logcapture.h>
 
 #include <QTest>
@@ -31,6 +33,7 @@ private slots:
     void acceptedUpdateSetsThePointsLimit();
     void updateWithoutCardRecordIsAccepted();
     void errorReplyIsAcceptedToo();
+    void lifecycleOnTheService();
 };
 
 void TestCartLifecycle::cardBarcode_data()
@@ -250,6 +253,45 @@ void TestCartLifecycle::errorReplyIsAcceptedToo()
     QVERIFY(*client.lastCart == reply);
     QCOMPARE(card->getMaxPointsForSpend(), 3);
     QCOMPARE(bed.server().requestCount(), 1);
+}
+
+void TestCartLifecycle::lifecycleOnTheService()
+{
+    CartEmulatorBed bed;
+    const QSharedPointer<DocumentCardRecord> card = carttest::documentWithCard();
+    Client client;
+
+    const tessaro::CartCreateResponse created = client.cartCreate();
+    QVERIFY(created.success());
+    const QString cart = created.uuid();
+    QCOMPARE(bed.cart(cart).storeNo(), 7);
+    QCOMPARE(bed.cart(cart).tillNo(), 12);
+    QCOMPARE(created.lTaNmbr(), QString::number(bed.cart(cart).lTaNmbr()));
+    QCOMPARE(created.invoiceIDModified(), QStringLiteral("000012000001"));
+
+    // The 18-character card goes as the customer's card barcode.
+    const tessaro::AddCustomerResponse customer = client.addCustomer(cart, QStringLiteral("123456789012345678"));
+    QVERIFY(customer.success());
+    QCOMPARE(customer.firstName(), QStringLiteral("Анна"));
+    QVERIFY(!customer.creditPaymentAllowed());
+    QCOMPARE(bed.cart(cart).customer().value("custNo"), QJsonValue(4711));
+    const tessaro::AddCustomerResponse unknown = client.addCustomer(cart, QStringLiteral("123456789000000000"));
+    QCOMPARE(unknown.status(), tessaro::Response::CustomerNotFound);
+    QCOMPARE(unknown.errorMessage().id(), QStringLiteral("tessaroClientNotFoundError"));
+
+    const auto milk = QSharedPointer<GoodsItem>::create();
+    milk->setBarcode(CartEmulatorBed::milkBarcode);
+    milk->setBquant(2);
+    tessaro::PositionData position;
+    const tessaro::CartUpdateResponse updated = client.addItemToCart(cart, milk, position, true);
+    QCOMPARE(updated.pointsToRredeem(), 150);
+    QCOMPARE(card->getMaxPointsForSpend(), 150);
+
+    const tessaro::CartUpdateResponse content = client.cartContent(cart);
+    QCOMPARE(content.uuid(), cart);
+    QCOMPARE(content.totalQuantity(), 2.0);
+    QCOMPARE(content.jsonObject().value("items"), updated.jsonObject().value("items"));
+    QCOMPARE(bed.received(QStringLiteral("/update")), 1);
 }
 
 QTEST_GUILESS_MAIN(TestCartLifecycle)
