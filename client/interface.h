@@ -136,7 +136,10 @@ public:
 
     // Coupons
 
+    /// Adds \a coupon to the cart; the service validates it when \a validate
+    /// and the mask (checkValidationCouponMask()) both ask for it.
     virtual CartUpdateResponse addCouponToCart(const QString &cartUuid, const QString &coupon, bool validate);
+    /// Removes \a coupon from the cart.
     virtual CartUpdateResponse deleteCoupon(const QString &cartUuid, const QString &coupon);
     /// Whether the service is to validate \a coupon: the configured mask is not
     /// empty and matches somewhere in it.
@@ -162,7 +165,9 @@ public:
     int getEanReasonCode() const;
     /// The coupon that travels with \a goodsItem; empty when it carries none.
     QJsonObject getCoupon(const QSharedPointer<GoodsItem> &goodsItem) const;
-    /// Sets the quantity of a cart line; a quantity below 0.0005 removes it.
+    /// Sets the quantity of a cart line; a quantity below 0.0005 removes it,
+    /// which the service accepts only with a \a deleteReason (sent unless it
+    /// is NoDeleteReason).
     virtual CartUpdateResponse quantityOverwrite(const QString &cartUuid, int sequenceNumber, double quantity,
                                                  DeleteReason deleteReason);
     /// Sets a manual gross price of a cart line, authorised by \a user. Sent
@@ -174,9 +179,11 @@ public:
 
     /// Marks the cart paid with the current document's payments.
     virtual CartStatusResponse setCartStatusPaid(const QString &cartUuid);
+    /// Marks the cart cancelled.
     virtual CartStatusResponse setCartStatusCancelled(const QString &cartUuid);
-    /// The PAID body: non-cash payments in document order, then all cash as one
-    /// line with the receipt's rounding, and the fiscal receipt number.
+    /// The PAID body for the current document: its non-cash payments in order,
+    /// then all cash as one line with the receipt's rounding, and the fiscal
+    /// receipt number.
     QJsonObject generatePayloadCartStatusPaid();
     /// The payment's operation id with the currency's configured characters
     /// removed and cut by its mask ("Tessaro.ReceiptNumber.<currency>").
@@ -187,7 +194,9 @@ public:
 
     // Payload and messages
 
+    /// The payload the service prepared for the receipt \a id.
     virtual PayloadResponse payload(const QString &id);
+    /// The service's messages for the cashier about \a id.
     virtual MessagesResponse messages(const QString &id);
 
     // Settings, as read at construction
