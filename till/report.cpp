@@ -154,6 +154,7 @@ QJsonObject Report::toJson() const
             {QStringLiteral("dataFolder"), dataFolder},
             {QStringLiteral("plugin"), plugin},
             {QStringLiteral("service"), service},
+            {QStringLiteral("actionCount"), actionCount},
             {QStringLiteral("actions"), arrayOf(actions, [](const ActionRecord &a) { return a.toJson(); })},
             {QStringLiteral("documents"), documentStates},
             {QStringLiteral("failures"), QJsonArray::fromStringList(allFailures())},

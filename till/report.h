@@ -80,6 +80,7 @@ struct Report
     QString dataFolder;
     QString plugin;
     QString service;
+    int actionCount = 0;
     QList<ActionRecord> actions;
     /// Final state of each document, by scenario name.
     QMap<QString, QJsonObject> documents;

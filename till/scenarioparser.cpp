@@ -710,8 +710,14 @@ Scenario scenarioAt(const QJsonObject &root)
         scenario.till = tillAt(root.value(QStringLiteral("till")), QStringLiteral("till"));
     if (root.contains(QStringLiteral("documents"))) {
         const QJsonObject documents = objectAt(root.value(QStringLiteral("documents")), QStringLiteral("documents"));
-        for (auto it = documents.constBegin(); it != documents.constEnd(); ++it)
-            scenario.documents << documentAt(it.key(), it.value(), child(QStringLiteral("documents"), it.key()));
+        static const QRegularExpression namePattern(QStringLiteral("^[A-Za-z0-9_-]{1,40}$"));
+        for (auto it = documents.constBegin(); it != documents.constEnd(); ++it) {
+            const QString at = child(QStringLiteral("documents"), it.key());
+            // Names become part of file names, so they stay plain.
+            if (!namePattern.match(it.key()).hasMatch())
+                fail(at, QStringLiteral("a document name is 1 to 40 letters, digits, _ or -"));
+            scenario.documents << documentAt(it.key(), it.value(), at);
+        }
     }
     if (root.contains(QStringLiteral("answers"))) {
         const QJsonArray answers = arrayAt(root.value(QStringLiteral("answers")), QStringLiteral("answers"));
