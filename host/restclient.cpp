@@ -1,0 +1,343 @@
+#include "restclient.h"
+
+#include "log4qt/logger.h"
+#include "secretmask.h"
+
+#include <QElapsedTimer>
+
+#include <curl/curl.h>
+
+#include <algorithm>
+
+namespace {
+
+enum class Verb { Get, Post };
+
+// Beyond this many bytes a logged body is cut; the masks still apply to the
+// whole body first.
+constexpr qsizetype loggedBodyLimit = 16 * 1024;
+
+// Until setTimeout() says otherwise, an exchange may take this long.
+constexpr int defaultTimeout = 30000;
+
+using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
+using EasyHandle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
+
+// libcurl's global state must be set up once per process before the first
+// handle; the local static makes that safe for clients made in several threads.
+void initialiseCurl()
+{
+    static const CURLcode initialised = curl_global_init(CURL_GLOBAL_DEFAULT);
+    Q_UNUSED(initialised)
+}
+
+void appendLine(HeaderList &list, const QByteArray &line)
+{
+    if (curl_slist *const grown = curl_slist_append(list.get(), line.constData())) {
+        list.release();
+        list.reset(grown);
+    }
+}
+
+// The body of a POST, handed to libcurl piece by piece.
+//
+// libcurl sends a request once more on a fresh connection when a kept-alive
+// one dies before any answer. For a POST whose body has already left, the
+// service may have applied it: sending it again could double a cart update or
+// an advice note. So once any byte of the body was taken, the body cannot be
+// rewound, the retry fails, and the caller sees a network failure and decides
+// for itself (for example by reading the cart back).
+struct Upload
+{
+    const QByteArray *body = nullptr;
+    qsizetype offset = 0;
+};
+
+size_t readUpload(char *buffer, size_t size, size_t count, void *source)
+{
+    auto *upload = static_cast<Upload *>(source);
+    const qsizetype left = upload->body->size() - upload->offset;
+    const qsizetype taken = std::min<qsizetype>(left, qsizetype(size * count));
+    std::copy_n(upload->body->constData() + upload->offset, taken, buffer);
+    upload->offset += taken;
+    return size_t(taken);
+}
+
+int rewindUpload(void *source, curl_off_t offset, int origin)
+{
+    auto *upload = static_cast<Upload *>(source);
+    if (origin != SEEK_SET || offset != 0 || upload->offset != 0)
+        return CURL_SEEKFUNC_FAIL;
+    return CURL_SEEKFUNC_OK;
+}
+
+size_t appendBody(char *data, size_t size, size_t count, void *target)
+{
+    static_cast<QByteArray *>(target)->append(data, qsizetype(size * count));
+    return size * count;
+}
+
+size_t appendHeader(char *data, size_t size, size_t count, void *target)
+{
+    const QByteArray line = QByteArray(data, qsizetype(size * count)).trimmed();
+    if (!line.isEmpty())
+        static_cast<QByteArrayList *>(target)->append(line);
+    return size * count;
+}
+
+bool hasHeader(const RestClient::Headers &headers, const QString &name)
+{
+    return std::any_of(headers.keyBegin(), headers.keyEnd(), [&name](const QString &key) {
+        return key.compare(name, Qt::CaseInsensitive) == 0;
+    });
+}
+
+QString cutForLog(const QString &text)
+{
+    if (text.size() <= loggedBodyLimit)
+        return text;
+    return text.left(loggedBodyLimit)
+            + QStringLiteral("… (%1 characters in all)").arg(text.size());
+}
+
+} // namespace
+
+struct RestClient::Private
+{
+    Private();
+
+    bool exchange(Verb verb, const QUrl &url, const QByteArray &body, const Headers &headers,
+                  const QString &defaultContentType);
+    HeaderList headerList(const Headers &headers) const;
+    http::Response response(const QUrl &url, CURLcode result, long status,
+                            const QByteArray &body) const;
+    tr::Tr errorText(const QUrl &url, const QString &detail) const;
+    QString loggedUrl(const QUrl &url) const;
+    void logRequest(const QUrl &url, const QByteArray &body, const Headers &headers) const;
+    void logResponse(const QByteArrayList &headerLines, const QByteArray &body) const;
+
+    EasyHandle curl{nullptr, &curl_easy_cleanup};
+    const Log4Qt::Logger *logger = nullptr;
+    QString targetAlias;
+    int timeout = defaultTimeout;
+    SecretMask mask;
+    http::Response last;
+    char error[CURL_ERROR_SIZE] = {};
+};
+
+RestClient::Private::Private()
+{
+    initialiseCurl();
+    curl.reset(curl_easy_init());
+}
+
+bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray &body,
+                                   const Headers &given, const QString &defaultContentType)
+{
+    Headers headers = given;
+    if (verb == Verb::Post && !defaultContentType.isEmpty()
+            && !hasHeader(headers, QStringLiteral("Content-Type")))
+        headers.insert(QStringLiteral("Content-Type"), defaultContentType);
+
+    if (!curl) {
+        last = response(url, CURLE_FAILED_INIT, 0, {});
+        return false;
+    }
+
+    CURL *const handle = curl.get();
+    // Drops the options of the previous exchange; its kept-alive connection stays.
+    curl_easy_reset(handle);
+    error[0] = '\0';
+
+    const QByteArray target = url.toEncoded();
+    const HeaderList lines = headerList(headers);
+    QByteArray received;
+    QByteArrayList receivedHeaders;
+    Upload upload{&body, 0};
+
+    curl_easy_setopt(handle, CURLOPT_URL, target.constData());
+    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, long(std::max(timeout, 0)));
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 2L);
+    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, error);
+    curl_easy_setopt(handle, CURLOPT_HTTPHEADER, lines.get());
+    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &appendBody);
+    curl_easy_setopt(handle, CURLOPT_WRITEDATA, &received);
+    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &appendHeader);
+    curl_easy_setopt(handle, CURLOPT_HEADERDATA, &receivedHeaders);
+    if (verb == Verb::Post) {
+        curl_easy_setopt(handle, CURLOPT_POST, 1L);
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t(body.size()));
+        curl_easy_setopt(handle, CURLOPT_READFUNCTION, &readUpload);
+        curl_easy_setopt(handle, CURLOPT_READDATA, &upload);
+        curl_easy_setopt(handle, CURLOPT_SEEKFUNCTION, &rewindUpload);
+        curl_easy_setopt(handle, CURLOPT_SEEKDATA, &upload);
+    } else {
+        curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
+    }
+
+    logRequest(url, body, headers);
+    QElapsedTimer clock;
+    clock.start();
+    const CURLcode result = curl_easy_perform(handle);
+    const qint64 elapsed = clock.elapsed();
+    long status = 0;
+    curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
+
+    last = response(url, result, status, received);
+    if (logger) {
+        const QString method = verb == Verb::Post ? QStringLiteral("POST") : QStringLiteral("GET");
+        const QString outcome = last.isNetworkError()
+                ? last.errorText().text()
+                : QStringLiteral("HTTP %1").arg(last.httpCode());
+        // One arg() call: a "%2F" in the URL must not take the place of a later argument.
+        logger->info(QStringLiteral("%1 %2: %3, %4 ms")
+                             .arg(method, loggedUrl(url), outcome, QString::number(elapsed)));
+        logResponse(receivedHeaders, received);
+    }
+    return last.errorCode() == 0;
+}
+
+HeaderList RestClient::Private::headerList(const Headers &headers) const
+{
+    HeaderList list{nullptr, &curl_slist_free_all};
+    for (auto it = headers.cbegin(); it != headers.cend(); ++it) {
+        // The client never waits for "100 Continue"; see below.
+        if (it.key().compare(QLatin1String("Expect"), Qt::CaseInsensitive) == 0)
+            continue;
+        // "Name;" is libcurl's way to send a header with an empty value;
+        // "Name:" would remove the header instead.
+        appendLine(list, it.value().isEmpty() ? it.key().toUtf8() + ';'
+                                              : it.key().toUtf8() + ": " + it.value().toUtf8());
+    }
+    // A request body goes at once: waiting for "100 Continue" costs a round trip,
+    // or a whole second with servers that do not answer it.
+    appendLine(list, QByteArrayLiteral("Expect:"));
+    // No invented form type for bodies whose caller names none.
+    if (!hasHeader(headers, QStringLiteral("Content-Type")))
+        appendLine(list, QByteArrayLiteral("Content-Type:"));
+    return list;
+}
+
+http::Response RestClient::Private::response(const QUrl &url, CURLcode result, long status,
+                                             const QByteArray &body) const
+{
+    http::Response response;
+    response.setUrl(url);
+    // An answer cut off by the transport counts as no answer at all.
+    if (result != CURLE_OK) {
+        response.setNetworkError(true);
+        const QString detail = error[0] != '\0' ? QString::fromUtf8(error)
+                                                : QString::fromUtf8(curl_easy_strerror(result));
+        response.setError(int(result), errorText(url, detail));
+        return response;
+    }
+    response.setHttpCode(int(status));
+    response.setBody(body);
+    if (status < 200 || status > 299)
+        response.setError(int(status), errorText(url, QStringLiteral("HTTP %1").arg(status)));
+    return response;
+}
+
+tr::Tr RestClient::Private::errorText(const QUrl &url, const QString &detail) const
+{
+    const QString target = targetAlias.isEmpty() ? url.host() : targetAlias;
+    return tr::Tr(QStringLiteral("restClientError"),
+                  QStringLiteral("Ошибка при обращении к %1: %2").arg(target, detail));
+}
+
+QString RestClient::Private::loggedUrl(const QUrl &url) const
+{
+    return mask.text(url.toDisplayString(QUrl::RemovePassword));
+}
+
+void RestClient::Private::logRequest(const QUrl &url, const QByteArray &body,
+                                     const Headers &headers) const
+{
+    if (!logger)
+        return;
+    QStringList lines;
+    for (auto it = headers.cbegin(); it != headers.cend(); ++it)
+        lines.append(mask.header(it.key(), it.value()));
+    lines.sort(Qt::CaseInsensitive);
+    logger->debug(QStringLiteral("Request headers %1: %2").arg(loggedUrl(url), lines.join(QStringLiteral("; "))));
+    if (!body.isEmpty())
+        logger->debug(QStringLiteral("Request body: ") + cutForLog(mask.text(QString::fromUtf8(body))));
+}
+
+void RestClient::Private::logResponse(const QByteArrayList &headerLines, const QByteArray &body) const
+{
+    QStringList lines;
+    for (const QByteArray &line : headerLines)
+        lines.append(mask.headerLine(QString::fromUtf8(line)));
+    if (!lines.isEmpty())
+        logger->debug(QStringLiteral("Response headers: ") + lines.join(QStringLiteral("; ")));
+    if (!body.isEmpty())
+        logger->debug(QStringLiteral("Response body: ") + cutForLog(mask.text(QString::fromUtf8(body))));
+}
+
+RestClient::RestClient()
+    : d(std::make_unique<Private>())
+{
+}
+
+RestClient::~RestClient() = default;
+
+void RestClient::setLogger(const Log4Qt::Logger *logger)
+{
+    d->logger = logger;
+}
+
+void RestClient::setTargetAlias(const QString &alias)
+{
+    d->targetAlias = alias;
+}
+
+QString RestClient::targetAlias() const
+{
+    return d->targetAlias;
+}
+
+void RestClient::setTimeout(int milliseconds)
+{
+    d->timeout = milliseconds;
+}
+
+int RestClient::timeout() const
+{
+    return d->timeout;
+}
+
+void RestClient::setSecretHeaders(const QStringList &names)
+{
+    d->mask.setSecretHeaders(names);
+}
+
+QStringList RestClient::secretHeaders() const
+{
+    return d->mask.secretHeaders();
+}
+
+bool RestClient::post(const QUrl &url, const QJsonDocument &body, const Headers &headers)
+{
+    return d->exchange(Verb::Post, url, body.toJson(QJsonDocument::Compact), headers,
+                       QStringLiteral("application/json"));
+}
+
+bool RestClient::get(const QUrl &url, const QJsonDocument &body, const Headers &headers)
+{
+    Q_UNUSED(body)
+    return d->exchange(Verb::Get, url, {}, headers, {});
+}
+
+bool RestClient::postRaw(const QUrl &url, const QByteArray &body, const Headers &headers)
+{
+    return d->exchange(Verb::Post, url, body, headers, {});
+}
+
+http::Response RestClient::lastResponse() const
+{
+    return d->last;
+}

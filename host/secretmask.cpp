@@ -1,0 +1,54 @@
+#include "secretmask.h"
+
+namespace {
+
+const QString hidden = QStringLiteral("***");
+
+// Field names that carry credentials in the service's and the token
+// endpoint's bodies.
+const QString secretFields = QStringLiteral("access_token|client_secret|appSecret|password");
+
+} // namespace
+
+SecretMask::SecretMask()
+    : m_secretHeaders{QStringLiteral("Authorization")}
+    // "key" : "string with \" escapes" or a bare value (number, literal)
+    , m_jsonField(QStringLiteral(R"re(("(?:%1)"\s*:\s*)(?:"(?:[^"\\]|\\.)*"?|[^,}\]\s]+))re")
+                          .arg(secretFields),
+                  QRegularExpression::CaseInsensitiveOption)
+    // key=value in a form body or a URL query
+    , m_formField(QStringLiteral(R"re(((?:^|[?&;\s])(?:%1)=)[^&#\s]*)re").arg(secretFields),
+                  QRegularExpression::CaseInsensitiveOption)
+{
+}
+
+void SecretMask::setSecretHeaders(const QStringList &names)
+{
+    m_secretHeaders = names;
+}
+
+bool SecretMask::isSecretHeader(const QString &name) const
+{
+    return m_secretHeaders.contains(name.trimmed(), Qt::CaseInsensitive);
+}
+
+QString SecretMask::header(const QString &name, const QString &value) const
+{
+    return name + QStringLiteral(": ") + (isSecretHeader(name) ? hidden : text(value));
+}
+
+QString SecretMask::headerLine(const QString &line) const
+{
+    const qsizetype colon = line.indexOf(QLatin1Char(':'));
+    if (colon < 0)
+        return line;
+    return header(line.left(colon), line.mid(colon + 1).trimmed());
+}
+
+QString SecretMask::text(const QString &text) const
+{
+    QString masked = text;
+    masked.replace(m_jsonField, QStringLiteral("\\1\"") + hidden + QLatin1Char('"'));
+    masked.replace(m_formField, QStringLiteral("\\1") + hidden);
+    return masked;
+}

@@ -1,0 +1,556 @@
+#include <log4qt/logger.h>
+#include <restclient.h>
+
+#include "support/logcapture.h"
+#include "support/scriptedhttpserver.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QLoggingCategory>
+#include <QSslKey>
+#include <QTcpServer>
+#include <QTest>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+using Answer = ScriptedHttpServer::Answer;
+
+namespace {
+
+const QString loggerName = QStringLiteral("tessaro.test.rest");
+const QString alias = QStringLiteral("сервису Tessaro");
+
+enum class Failure { Refused, Closed, Reset, Unresolved };
+
+QJsonDocument parsed(const QByteArray &json)
+{
+    return QJsonDocument::fromJson(json);
+}
+
+// A port on which nothing listens: taken from the system, then given back.
+quint16 closedPort()
+{
+    QTcpServer probe;
+    if (!probe.listen(QHostAddress::LocalHost))
+        return 0;
+    const quint16 port = probe.serverPort();
+    probe.close();
+    return port;
+}
+
+QByteArray readResource(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Failure)
+
+class TestRestClient : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void postSendsCompactJsonAndHeaders();
+    void postNamesJsonWhenCallerGivesNoContentType();
+    void callerContentTypeIsKept_data();
+    void callerContentTypeIsKept();
+    void getSendsNoBody();
+    void postRawSendsBytesUnchanged();
+    void largeBodyGoesWithoutExpect();
+    void keepAliveReusesOneConnection();
+    void closedKeptAliveConnectionIsReplaced();
+    void deadKeptAliveConnectionFailsPostWithoutResending();
+    void deadKeptAliveConnectionIsRetriedForGet();
+    void emptyAnswerBody();
+    void jsonArrayAnswer();
+    void httpFailure_data();
+    void httpFailure();
+    void networkFailure_data();
+    void networkFailure();
+    void timeoutBoundsExchange();
+    void serverShutdownEndsHangingExchange();
+    void httpsRefusesUnverifiedPeer();
+    void oneInfoLinePerExchange();
+    void secretsNeverReachLog();
+    void noLoggerLogsNothing();
+    void clientsInSeveralThreads();
+
+private:
+    std::unique_ptr<ScriptedHttpServer> m_server;
+    std::unique_ptr<RestClient> m_client;
+};
+
+void TestRestClient::initTestCase()
+{
+    QLoggingCategory::setFilterRules(loggerName + QStringLiteral(".debug=true"));
+}
+
+void TestRestClient::init()
+{
+    m_server = std::make_unique<ScriptedHttpServer>();
+    QVERIFY(m_server->start() != 0);
+    m_client = std::make_unique<RestClient>();
+    m_client->setTargetAlias(alias);
+    m_client->setTimeout(5000);
+}
+
+void TestRestClient::cleanup()
+{
+    m_client.reset();
+    m_server.reset();
+}
+
+void TestRestClient::postSendsCompactJsonAndHeaders()
+{
+    m_server->enqueue(Answer::json(200, R"({"status":"ok"})"));
+    const QJsonDocument body = parsed(R"({"cartId":"42","items":[{"sku":"A1","quantity":2}]})");
+    const RestClient::Headers headers{{QStringLiteral("Authorization"), QStringLiteral("Bearer abc")},
+                                      {QStringLiteral("X-Request-ID"), QStringLiteral("request-7")},
+                                      {QStringLiteral("Content-Type"), QStringLiteral("application/json")}};
+
+    QVERIFY(m_client->post(m_server->url(QStringLiteral("/api/cart/create")), body, headers));
+
+    QCOMPARE(m_server->requestCount(), 1);
+    const ScriptedHttpServer::Request request = m_server->requests().first();
+    QCOMPARE(request.method, QByteArray("POST"));
+    QCOMPARE(request.path, QStringLiteral("/api/cart/create"));
+    QCOMPARE(request.body, body.toJson(QJsonDocument::Compact));
+    QCOMPARE(request.header("Authorization"), QByteArray("Bearer abc"));
+    QCOMPARE(request.header("X-Request-ID"), QByteArray("request-7"));
+    QCOMPARE(request.headerCount("Content-Type"), 1);
+    QCOMPARE(request.header("Content-Type"), QByteArray("application/json"));
+
+    const http::Response response = m_client->lastResponse();
+    QCOMPARE(response.httpCode(), 200);
+    QCOMPARE(response.errorCode(), 0);
+    QVERIFY(!response.isNetworkError());
+    QVERIFY(response.errorText().isEmpty());
+    QCOMPARE(response.responseObject().value(QStringLiteral("status")).toString(), QStringLiteral("ok"));
+    QCOMPARE(response.url(), m_server->url(QStringLiteral("/api/cart/create")));
+}
+
+void TestRestClient::postNamesJsonWhenCallerGivesNoContentType()
+{
+    QVERIFY(m_client->post(m_server->url(), parsed(R"({"a":1})"), {}));
+    QCOMPARE(m_server->requests().first().header("Content-Type"), QByteArray("application/json"));
+}
+
+void TestRestClient::callerContentTypeIsKept_data()
+{
+    QTest::addColumn<bool>("raw");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("value");
+
+    QTest::newRow("json body, other type") << false << "Content-Type" << "application/vnd.tessaro+json";
+    QTest::newRow("json body, lower-case name") << false << "content-type" << "text/plain";
+    QTest::newRow("raw body, form type") << true << "Content-Type" << "application/x-www-form-urlencoded";
+}
+
+void TestRestClient::callerContentTypeIsKept()
+{
+    QFETCH(bool, raw);
+    QFETCH(QString, name);
+    QFETCH(QString, value);
+
+    const RestClient::Headers headers{{name, value}};
+    if (raw)
+        QVERIFY(m_client->postRaw(m_server->url(), "a=1", headers));
+    else
+        QVERIFY(m_client->post(m_server->url(), parsed(R"({"a":1})"), headers));
+
+    const ScriptedHttpServer::Request request = m_server->requests().first();
+    QCOMPARE(request.headerCount("Content-Type"), 1);
+    QCOMPARE(request.header("Content-Type"), value.toUtf8());
+}
+
+void TestRestClient::getSendsNoBody()
+{
+    m_server->enqueue(Answer::json(200, R"({"id":"42"})"));
+
+    QVERIFY(m_client->get(m_server->url(QStringLiteral("/cart/42?expand=items&n=2")),
+                          parsed(R"({"ignored":true})"),
+                          {{QStringLiteral("Content-Type"), QStringLiteral("application/json")}}));
+
+    const ScriptedHttpServer::Request request = m_server->requests().first();
+    QCOMPARE(request.method, QByteArray("GET"));
+    QCOMPARE(request.path, QStringLiteral("/cart/42"));
+    QCOMPARE(request.query.queryItemValue(QStringLiteral("expand")), QStringLiteral("items"));
+    QCOMPARE(request.query.queryItemValue(QStringLiteral("n")), QStringLiteral("2"));
+    QVERIFY(request.body.isEmpty());
+    QCOMPARE(request.headerCount("Content-Length"), 0);
+    QCOMPARE(m_client->lastResponse().responseObject().value(QStringLiteral("id")).toString(),
+             QStringLiteral("42"));
+}
+
+void TestRestClient::postRawSendsBytesUnchanged()
+{
+    QByteArray bytes("grant_type=client_credentials&client_id=till%2007\r\n");
+    bytes.append('\0').append("\xff\xfe binary tail");
+
+    QVERIFY(m_client->postRaw(m_server->url(QStringLiteral("/token")), bytes, {}));
+
+    const ScriptedHttpServer::Request request = m_server->requests().first();
+    QCOMPARE(request.method, QByteArray("POST"));
+    QCOMPARE(request.body, bytes);
+    // No type is invented for a body whose caller named none.
+    QCOMPARE(request.headerCount("Content-Type"), 0);
+}
+
+void TestRestClient::largeBodyGoesWithoutExpect()
+{
+    QJsonArray items;
+    const QString filler(1000, QLatin1Char('x'));
+    for (int i = 0; i < 1500; ++i)
+        items.append(QJsonObject{{QStringLiteral("n"), i}, {QStringLiteral("text"), filler}});
+    const QJsonDocument body(QJsonObject{{QStringLiteral("items"), items}});
+    const QByteArray raw(1536 * 1024, 'r');
+    QVERIFY(body.toJson(QJsonDocument::Compact).size() > 1024 * 1024);
+
+    QVERIFY(m_client->post(m_server->url(), body, {}));
+    QVERIFY(m_client->postRaw(m_server->url(), raw, {}));
+
+    const QList<ScriptedHttpServer::Request> requests = m_server->requests();
+    QCOMPARE(requests.size(), 2);
+    QCOMPARE(requests.at(0).body, body.toJson(QJsonDocument::Compact));
+    QCOMPARE(requests.at(1).body, raw);
+    for (const ScriptedHttpServer::Request &request : requests)
+        QCOMPARE(request.headerCount("Expect"), 0);
+}
+
+void TestRestClient::keepAliveReusesOneConnection()
+{
+    QVERIFY(m_client->post(m_server->url(QStringLiteral("/a")), parsed(R"({"n":1})"), {}));
+    QVERIFY(m_client->get(m_server->url(QStringLiteral("/b")), {}, {}));
+    QVERIFY(m_client->postRaw(m_server->url(QStringLiteral("/c")), "n=3", {}));
+
+    const QList<ScriptedHttpServer::Request> requests = m_server->requests();
+    QCOMPARE(requests.size(), 3);
+    QVERIFY(requests.at(0).peerPort != 0);
+    QCOMPARE(requests.at(1).peerPort, requests.at(0).peerPort);
+    QCOMPARE(requests.at(2).peerPort, requests.at(0).peerPort);
+}
+
+void TestRestClient::closedKeptAliveConnectionIsReplaced()
+{
+    m_server->enqueue(Answer::reply(200, "{}", {{"Connection", "close"}}));
+
+    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+
+    const QList<ScriptedHttpServer::Request> requests = m_server->requests();
+    QCOMPARE(requests.size(), 2);
+    QVERIFY(requests.at(1).peerPort != requests.at(0).peerPort);
+}
+
+// A POST on a kept-alive connection that dies before any answer may have been
+// applied by the service: it is reported as a network failure, never sent twice.
+void TestRestClient::deadKeptAliveConnectionFailsPostWithoutResending()
+{
+    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+    m_server->enqueue(Answer::close());
+    m_server->enqueue(Answer::json(200, R"({"resent":true})"));
+
+    QVERIFY(!m_client->post(m_server->url(), parsed(R"({"item":1})"), {}));
+
+    QVERIFY(m_client->lastResponse().isNetworkError());
+    const QList<ScriptedHttpServer::Request> requests = m_server->requests();
+    QCOMPARE(requests.size(), 2);
+    QCOMPARE(requests.at(1).peerPort, requests.at(0).peerPort);
+    QCOMPARE(m_server->pendingAnswers(), 1);
+}
+
+// A GET changes nothing at the service, so libcurl's fresh-connection retry is kept for it.
+void TestRestClient::deadKeptAliveConnectionIsRetriedForGet()
+{
+    QVERIFY(m_client->get(m_server->url(), {}, {}));
+    m_server->enqueue(Answer::close());
+    m_server->enqueue(Answer::json(200, R"({"retried":true})"));
+
+    QVERIFY(m_client->get(m_server->url(), {}, {}));
+
+    const QList<ScriptedHttpServer::Request> requests = m_server->requests();
+    QCOMPARE(requests.size(), 3);
+    QVERIFY(requests.at(2).peerPort != requests.at(1).peerPort);
+    QVERIFY(m_client->lastResponse().responseObject().value(QStringLiteral("retried")).toBool());
+}
+
+void TestRestClient::emptyAnswerBody()
+{
+    m_server->enqueue(Answer::reply(200));
+
+    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+
+    const http::Response response = m_client->lastResponse();
+    QCOMPARE(response.httpCode(), 200);
+    QCOMPARE(response.errorCode(), 0);
+    QVERIFY(!response.isNetworkError());
+    QVERIFY(response.body().isEmpty());
+    QVERIFY(response.responseObject().isEmpty());
+    QVERIFY(response.responseArray().isEmpty());
+}
+
+void TestRestClient::jsonArrayAnswer()
+{
+    m_server->enqueue(Answer::json(200, R"([{"id":1},{"id":2},{"id":3}])"));
+
+    QVERIFY(m_client->get(m_server->url(QStringLiteral("/messages/1")), {}, {}));
+
+    const http::Response response = m_client->lastResponse();
+    QCOMPARE(response.responseArray().size(), 3);
+    QCOMPARE(response.responseArray().at(2).toObject().value(QStringLiteral("id")).toInt(), 3);
+    QVERIFY(response.responseObject().isEmpty());
+}
+
+void TestRestClient::httpFailure_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QByteArray>("body");
+
+    QTest::newRow("401 unauthorised") << 401 << QByteArray(R"({"error":"invalid_token"})");
+    QTest::newRow("400 with message") << 400 << QByteArray(R"({"message":"Invalid data type"})");
+    QTest::newRow("404 empty") << 404 << QByteArray();
+    QTest::newRow("500 with body") << 500 << QByteArray(R"({"message":"Internal Server Error"})");
+    QTest::newRow("503 plain text") << 503 << QByteArray("maintenance");
+}
+
+void TestRestClient::httpFailure()
+{
+    QFETCH(int, status);
+    QFETCH(QByteArray, body);
+    m_server->enqueue(Answer::json(status, body));
+
+    QVERIFY(!m_client->post(m_server->url(QStringLiteral("/cart/create")), parsed("{}"), {}));
+
+    const http::Response response = m_client->lastResponse();
+    QCOMPARE(response.httpCode(), status);
+    QCOMPARE(response.errorCode(), status);
+    QVERIFY(!response.isNetworkError());
+    QCOMPARE(response.body(), body);
+    QCOMPARE(response.responseObject(), parsed(body).object());
+    QCOMPARE(response.errorText().id(), QStringLiteral("restClientError"));
+    QVERIFY(response.errorText().text().contains(alias));
+    QVERIFY(response.errorText().text().contains(QString::number(status)));
+}
+
+void TestRestClient::networkFailure_data()
+{
+    QTest::addColumn<Failure>("failure");
+
+    QTest::newRow("connection refused") << Failure::Refused;
+    QTest::newRow("closed without answer") << Failure::Closed;
+    QTest::newRow("reset without answer") << Failure::Reset;
+    QTest::newRow("unresolved host") << Failure::Unresolved;
+}
+
+void TestRestClient::networkFailure()
+{
+    QFETCH(Failure, failure);
+    QUrl url = m_server->url(QStringLiteral("/till/open"));
+    switch (failure) {
+    case Failure::Refused:
+        url.setPort(closedPort());
+        break;
+    case Failure::Closed:
+        m_server->enqueue(Answer::close());
+        break;
+    case Failure::Reset:
+        m_server->enqueue(Answer::reset());
+        break;
+    case Failure::Unresolved:
+        // A reserved name that no resolver answers; the time-out bounds a slow one.
+        url = QUrl(QStringLiteral("http://tessaro.invalid/till/open"));
+        m_client->setTimeout(3000);
+        break;
+    }
+
+    QVERIFY(!m_client->post(url, parsed(R"({"till":1})"), {}));
+
+    const http::Response response = m_client->lastResponse();
+    QVERIFY(response.isNetworkError());
+    QVERIFY(response.errorCode() > 0);
+    QCOMPARE(response.httpCode(), 0);
+    QCOMPARE(response.url(), url);
+    QCOMPARE(response.errorText().id(), QStringLiteral("restClientError"));
+    QVERIFY2(response.errorText().text().startsWith(QStringLiteral("Ошибка при обращении к ") + alias + ": "),
+             qPrintable(response.errorText().text()));
+}
+
+void TestRestClient::timeoutBoundsExchange()
+{
+    m_server->enqueue(Answer::hang());
+    m_client->setTimeout(300);
+
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(!m_client->post(m_server->url(), parsed("{}"), {}));
+    const qint64 elapsed = clock.elapsed();
+
+    // Waited for the time-out (give or take the clocks' rounding), and not much longer.
+    QVERIFY2(elapsed >= 250 && elapsed < 1300, qPrintable(QString::number(elapsed)));
+    QCOMPARE(m_server->requestCount(), 1);
+    const http::Response response = m_client->lastResponse();
+    QVERIFY(response.isNetworkError());
+    QVERIFY(response.errorCode() > 0);
+    QCOMPARE(response.httpCode(), 0);
+    QVERIFY2(response.errorText().text().contains(QStringLiteral("timed out")),
+             qPrintable(response.errorText().text()));
+}
+
+void TestRestClient::serverShutdownEndsHangingExchange()
+{
+    m_server->enqueue(Answer::hang());
+    const QUrl url = m_server->url();
+    http::Response response;
+    qint64 elapsed = 0;
+
+    std::thread exchange([&url, &response, &elapsed] {
+        RestClient client;
+        client.setTimeout(20000);
+        QElapsedTimer clock;
+        clock.start();
+        client.post(url, parsed("{}"), {});
+        elapsed = clock.elapsed();
+        response = client.lastResponse();
+    });
+    const bool arrived = m_server->waitForRequests(1);
+    m_server->stop();
+    exchange.join();
+
+    QVERIFY(arrived);
+    QVERIFY2(elapsed < 10000, qPrintable(QString::number(elapsed)));
+    QVERIFY(response.isNetworkError());
+}
+
+void TestRestClient::httpsRefusesUnverifiedPeer()
+{
+    const QSslCertificate certificate(readResource(QStringLiteral(":/data/selfsigned.crt")));
+    const QSslKey key(readResource(QStringLiteral(":/data/selfsigned.key")), QSsl::Ec);
+    QVERIFY(!certificate.isNull());
+    QVERIFY(!key.isNull());
+    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+    tls.setLocalCertificate(certificate);
+    tls.setPrivateKey(key);
+    ScriptedHttpServer server;
+    server.setTlsConfiguration(tls);
+    QVERIFY(server.start() != 0);
+    QCOMPARE(server.url().scheme(), QStringLiteral("https"));
+
+    QVERIFY(!m_client->post(server.url(), parsed("{}"), {}));
+
+    const http::Response response = m_client->lastResponse();
+    QVERIFY(response.isNetworkError());
+    QVERIFY2(response.errorText().text().contains(QStringLiteral("certificate")),
+             qPrintable(response.errorText().text()));
+    QCOMPARE(server.requestCount(), 0);
+}
+
+void TestRestClient::oneInfoLinePerExchange()
+{
+    const Log4Qt::Logger logger(loggerName);
+    m_client->setLogger(&logger);
+    m_server->enqueue(Answer::json(200, "{}"));
+    m_server->enqueue(Answer::json(500, R"({"message":"Internal Server Error"})"));
+    QUrl refused = m_server->url(QStringLiteral("/refused"));
+    refused.setPort(closedPort());
+    const LogCapture log;
+
+    m_client->post(m_server->url(QStringLiteral("/first%2Fpart")), parsed("{}"), {});
+    m_client->get(m_server->url(QStringLiteral("/second")), {}, {});
+    m_client->postRaw(refused, "x=1", {});
+
+    const QStringList lines = log.texts(loggerName, QtInfoMsg);
+    QCOMPARE(lines.size(), 3);
+    QVERIFY2(lines.at(0).startsWith(QStringLiteral("POST ") + m_server->url(QStringLiteral("/first%2Fpart")).toString()
+                                    + QStringLiteral(": HTTP 200, ")),
+             qPrintable(lines.at(0)));
+    QVERIFY2(lines.at(1).startsWith(QStringLiteral("GET ") + m_server->url(QStringLiteral("/second")).toString()
+                                    + QStringLiteral(": HTTP 500, ")),
+             qPrintable(lines.at(1)));
+    QVERIFY2(lines.at(2).startsWith(QStringLiteral("POST ") + refused.toString() + QStringLiteral(": Ошибка")),
+             qPrintable(lines.at(2)));
+    for (const QString &line : lines)
+        QVERIFY2(line.endsWith(QStringLiteral(" ms")), qPrintable(line));
+}
+
+void TestRestClient::secretsNeverReachLog()
+{
+    const Log4Qt::Logger logger(loggerName);
+    m_client->setLogger(&logger);
+    m_client->setSecretHeaders({QStringLiteral("authorization"), QStringLiteral("X-Api-Key")});
+    m_server->enqueue(Answer::json(200, R"({"access_token":"SECRET-F","expires_in":300})"));
+    const RestClient::Headers headers{{QStringLiteral("Authorization"), QStringLiteral("Bearer SECRET-A")},
+                                      {QStringLiteral("X-API-KEY"), QStringLiteral("SECRET-B")},
+                                      {QStringLiteral("X-Request-ID"), QStringLiteral("visible-id")}};
+    const QJsonDocument body = parsed(R"({"appSecret":"SECRET-C","password":"SECRET-D",)"
+                                      R"("nested":{"access_token":"SECRET-E"},"keep":"visible-value"})");
+    const LogCapture log;
+
+    QVERIFY(m_client->post(m_server->url(), body, headers));
+    QVERIFY(m_client->postRaw(m_server->url(QStringLiteral("/token?client_secret=SECRET-G&realm=r")),
+                              "grant_type=client_credentials&client_secret=SECRET-H&password=SECRET-I",
+                              headers));
+
+    // The secrets did travel; only the log must not show them.
+    QCOMPARE(m_server->requests().first().header("Authorization"), QByteArray("Bearer SECRET-A"));
+    for (const LogCapture::Message &message : log.messages())
+        QVERIFY2(!message.text.contains(QStringLiteral("SECRET-")), qPrintable(message.text));
+    QVERIFY(log.contains(QStringLiteral("Authorization: ***")));
+    QVERIFY(log.contains(QStringLiteral("X-API-KEY: ***")));
+    QVERIFY(log.contains(QStringLiteral("visible-id")));
+    QVERIFY(log.contains(QStringLiteral("visible-value")));
+    QVERIFY(log.contains(QStringLiteral("grant_type=client_credentials")));
+    QVERIFY(log.contains(QStringLiteral("realm=r")));
+}
+
+void TestRestClient::noLoggerLogsNothing()
+{
+    const LogCapture log;
+
+    QVERIFY(m_client->post(m_server->url(), parsed(R"({"password":"x"})"), {}));
+
+    QVERIFY(log.messages().isEmpty());
+}
+
+void TestRestClient::clientsInSeveralThreads()
+{
+    m_server->setResponder([](const ScriptedHttpServer::Request &request) {
+        return Answer::json(200, request.body);
+    });
+    constexpr int threadCount = 4;
+    constexpr int exchangesPerThread = 25;
+    const QUrl url = m_server->url(QStringLiteral("/echo"));
+    std::atomic<int> mismatches{0};
+
+    std::vector<std::thread> threads;
+    for (int t = 0; t < threadCount; ++t) {
+        threads.emplace_back([t, &url, &mismatches] {
+            RestClient client;
+            client.setTimeout(5000);
+            for (int n = 0; n < exchangesPerThread; ++n) {
+                const QJsonObject sent{{QStringLiteral("thread"), t}, {QStringLiteral("n"), n}};
+                if (!client.post(url, QJsonDocument(sent), {})
+                        || client.lastResponse().responseObject() != sent)
+                    ++mismatches;
+            }
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+
+    QCOMPARE(mismatches.load(), 0);
+    QCOMPARE(m_server->requestCount(), threadCount * exchangesPerThread);
+}
+
+QTEST_GUILESS_MAIN(TestRestClient)
+#include "tst_restclient.moc"
