@@ -9,6 +9,7 @@
 #include <control/args/backbysale.h>
 #include <control/args/core.h>
 #include <control/args/payment.h>
+#include <dialog.h>
 #include <documentlogic.h>
 #include <documentsdao.h>
 #include <mockfactory.h>
@@ -147,11 +148,16 @@ EContext::Result HostActions::exitToMenu(const control::Action &)
     return EContext::Continue;
 }
 
-EContext::Result HostActions::closeDocument(const control::Action &)
+EContext::Result HostActions::closeDocument(const control::Action &action)
 {
     const auto document = m_till->currentDocument();
     if (!document)
         return EContext::Stop;
+    if (action.value(QStringLiteral("hostRefuses")).toBool()) {
+        MockFactory<Dialog>::create()->showMessage(
+            tr::Tr(QStringLiteral("tillPrinterError"), QStringLiteral("Ошибка принтера: документ не закрыт")), Dialog::Error, 0);
+        return EContext::Stop;
+    }
     document->setClosed(true);
     auto *store = Singleton<DocumentsDao>::instance();
     const int shift = Singleton<Session>::instance()->getCurrentShift();

@@ -177,6 +177,9 @@ struct ScenarioAction
     bool reasonForDocument = false;
     int positionNumber = 0;
     PaymentSpec payment;
+    /// Close: the host's own part of the close fails after the hooks (as when
+    /// the receipt printer fails), so the document stays open.
+    bool hostRefuses = false;
     QString note;
     Expectation expect;
     /// Where the action stands in the file ("actions[3]").

@@ -673,9 +673,13 @@ ScenarioAction actionAt(const QJsonValue &value, const QString &path, const Scen
     case ScenarioAction::Pay:
         action.payment = paymentAt(object, path, common);
         break;
+    case ScenarioAction::Close:
+        allowOnly(object, path, common + QStringList{QStringLiteral("hostRefuses")});
+        if (object.contains(QStringLiteral("hostRefuses")))
+            action.hostRefuses = boolAt(object.value(QStringLiteral("hostRefuses")), child(path, QStringLiteral("hostRefuses")));
+        break;
     case ScenarioAction::Input:
     case ScenarioAction::StornoAll:
-    case ScenarioAction::Close:
     case ScenarioAction::Restart:
         allowOnly(object, path, common);
         break;

@@ -84,7 +84,7 @@ QString ScenarioRunner::title(const ScenarioAction &action)
         text = QStringLiteral("cancel every position");
         break;
     case ScenarioAction::Close:
-        text = QStringLiteral("close the document");
+        text = action.hostRefuses ? QStringLiteral("close the document (the printer fails)") : QStringLiteral("close the document");
         break;
     case ScenarioAction::Restart:
         text = QStringLiteral("restart the till");
@@ -155,7 +155,7 @@ QSharedPointer<AbstractDocument> ScenarioRunner::perform(const ScenarioAction &a
             document = previous;
             result = EContext::Continue;
         } else {
-            result = actions->close();
+            result = actions->close(action.hostRefuses);
         }
         break;
     }

@@ -126,11 +126,12 @@ std::optional<int> TillActions::stornoAll()
     return m_till->run(control::Action(control::StornoAll, {}), EContext::Document);
 }
 
-std::optional<int> TillActions::close()
+std::optional<int> TillActions::close(bool hostRefuses)
 {
     if (!openDocument(QStringLiteral("close")))
         return std::nullopt;
-    return m_till->run(control::Action(control::AttemptToDocumentClose, {}), EContext::Payment);
+    return m_till->run(control::Action(control::AttemptToDocumentClose, {{QStringLiteral("hostRefuses"), hostRefuses}}),
+                       EContext::Payment);
 }
 
 } // namespace till

@@ -38,7 +38,9 @@ public:
     std::optional<int> reason(bool forDocument, int positionNumber);
     std::optional<int> pay(const PaymentSpec &payment);
     std::optional<int> stornoAll();
-    std::optional<int> close();
+    /// Closes the open document; with \a hostRefuses the host's own part of
+    /// the close fails after the hooks have run.
+    std::optional<int> close(bool hostRefuses = false);
 
 private:
     /// The open document; null (and a remark in the log) when none is open.

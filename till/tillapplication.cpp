@@ -153,7 +153,9 @@ int TillApplication::init(const QStringList &arguments)
     const QCommandLineOption data = dataOption();
     const QCommandLineOption url(QStringLiteral("service-url"), QStringLiteral("The Tessaro service's address (default: http://127.0.0.1:8080)."),
                                  QStringLiteral("URL"), QStringLiteral("http://127.0.0.1:8080"));
-    parser.addOptions({data, url});
+    const QCommandLineOption tokenUrl(QStringLiteral("token-url"), QStringLiteral("Where the till fetches its token (default: the service's address followed by /token)."),
+                                      QStringLiteral("URL"));
+    parser.addOptions({data, url, tokenUrl});
     const int parsed = parse(&parser, arguments, QStringLiteral("Creates a till's data folder with default settings."));
     if (parsed >= 0)
         return parsed;
@@ -161,7 +163,7 @@ int TillApplication::init(const QStringList &arguments)
         return usage(QStringLiteral("init takes no arguments besides its options"));
     const TillDataFolder folder(parser.value(data));
     QString error;
-    if (!folder.create(parser.value(url), &error)) {
+    if (!folder.create(parser.value(url), parser.value(tokenUrl), &error)) {
         err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
         return CannotRun;
     }

@@ -14,7 +14,7 @@ namespace {
 
 /// The till a newcomer gets: store 7, till 12, one cashier, three currencies
 /// and three return reasons, and a plug-in configuration for \a serviceUrl.
-QByteArray defaultConfig(const QString &serviceUrl)
+QByteArray defaultConfig(const QString &serviceUrl, const QString &tokenUrl)
 {
     return QStringLiteral(R"(; Host configuration of a tessaro-till till (docs/scenarios.md, "The data folder").
 ; Plug-in keys are written Section:name elsewhere: Tessaro:url is url under [Tessaro].
@@ -35,11 +35,11 @@ fiscalDriveSerial=9999078900012345
 
 [Tessaro]
 url=%1
-tokenUrl=%1/oauth/token
+tokenUrl=%2
 useTokenAuth=true
-clientId=tessaro-till
-realmId=store-7
-authorizationHeader=Basic dGVzc2Fyby10aWxsOnNlY3JldA==
+clientId=till
+realmId=tessaro
+authorizationHeader=Basic dGlsbDpzZWNyZXQ=
 timeout=5
 
 ; Service payment code = till currency codes.
@@ -64,7 +64,7 @@ timeout=5
 [OrvelGate]
 tessaro=false
 )")
-        .arg(serviceUrl)
+        .arg(serviceUrl, tokenUrl)
         .toUtf8();
 }
 
@@ -149,7 +149,7 @@ bool TillDataFolder::exists() const
     return QFileInfo::exists(configFile());
 }
 
-bool TillDataFolder::create(const QString &serviceUrl, QString *error) const
+bool TillDataFolder::create(const QString &serviceUrl, const QString &tokenUrl, QString *error) const
 {
     if (exists()) {
         if (error)
@@ -166,7 +166,7 @@ bool TillDataFolder::create(const QString &serviceUrl, QString *error) const
         url.chop(1);
     // till.ini last: a folder whose creation was interrupted is not taken for a till.
     return writeFile(dictionariesFile(), defaultDictionaries, error)
-        && writeFile(configFile(), defaultConfig(url), error);
+        && writeFile(configFile(), defaultConfig(url, tokenUrl.isEmpty() ? url + QStringLiteral("/token") : tokenUrl), error);
 }
 
 std::optional<TillSettings> TillDataFolder::readSettings(QString *error) const

@@ -36,9 +36,10 @@ public:
     /// Whether a till lives here (its till.ini exists).
     bool exists() const;
 
-    /// Creates a till with default settings that talks to \a serviceUrl.
+    /// Creates a till with default settings that talks to \a serviceUrl and
+    /// fetches its token from \a tokenUrl (empty: \a serviceUrl + "/token").
     /// Refuses a folder that already holds a till.
-    bool create(const QString &serviceUrl, QString *error) const;
+    bool create(const QString &serviceUrl, const QString &tokenUrl, QString *error) const;
 
     /// The till's own settings: [Till] of till.ini, and dictionaries.json.
     std::optional<TillSettings> readSettings(QString *error) const;

@@ -27,12 +27,15 @@ void TestTillDataFolder::createsADefaultTill()
     const TillDataFolder folder(dir.filePath(QStringLiteral("till")));
     QVERIFY(!folder.exists());
     QString error;
-    QVERIFY2(folder.create(QStringLiteral("http://127.0.0.1:4000/"), &error), qPrintable(error));
+    QVERIFY2(folder.create(QStringLiteral("http://127.0.0.1:4000/"), QString(), &error), qPrintable(error));
     QVERIFY(folder.exists());
     QVERIFY(QFile::exists(folder.dictionariesFile()));
     QVERIFY(QFileInfo(folder.documentsDir()).isDir());
     QCOMPARE(folder.serviceUrl(), QStringLiteral("http://127.0.0.1:4000"));
     QCOMPARE(folder.databaseFile(), dir.filePath(QStringLiteral("till/till.db")));
+    const TillDataFolder other(dir.filePath(QStringLiteral("other")));
+    QVERIFY(other.create(QStringLiteral("http://127.0.0.1:4000/api"), QStringLiteral("http://127.0.0.1:4000/token"), &error));
+    QCOMPARE(Config(other.configFile()).getString(QStringLiteral("Tessaro:tokenUrl")), QStringLiteral("http://127.0.0.1:4000/token"));
 }
 
 void TestTillDataFolder::refusesASecondTill()
@@ -40,8 +43,8 @@ void TestTillDataFolder::refusesASecondTill()
     QTemporaryDir dir;
     const TillDataFolder folder(dir.path());
     QString error;
-    QVERIFY(folder.create(QStringLiteral("http://a"), &error));
-    QVERIFY(!folder.create(QStringLiteral("http://b"), &error));
+    QVERIFY(folder.create(QStringLiteral("http://a"), QString(), &error));
+    QVERIFY(!folder.create(QStringLiteral("http://b"), QString(), &error));
     QCOMPARE(error, QStringLiteral("%1 already holds a till").arg(folder.path()));
     QCOMPARE(folder.serviceUrl(), QStringLiteral("http://a"));
 }
@@ -51,7 +54,7 @@ void TestTillDataFolder::readsTheTillsSettings()
     QTemporaryDir dir;
     const TillDataFolder folder(dir.path());
     QString error;
-    QVERIFY(folder.create(QStringLiteral("http://a"), &error));
+    QVERIFY(folder.create(QStringLiteral("http://a"), QString(), &error));
     const auto settings = folder.readSettings(&error);
     QVERIFY2(settings, qPrintable(error));
     QCOMPARE(settings->store, QStringLiteral("7"));
@@ -78,7 +81,7 @@ void TestTillDataFolder::reportsABrokenDictionary()
     QTemporaryDir dir;
     const TillDataFolder folder(dir.path());
     QString error;
-    QVERIFY(folder.create(QStringLiteral("http://a"), &error));
+    QVERIFY(folder.create(QStringLiteral("http://a"), QString(), &error));
     QFile file(folder.dictionariesFile());
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(R"({"backReasons": [{"code": 1}]})");
@@ -92,7 +95,7 @@ void TestTillDataFolder::hostConfigurationTakesScenarioSettings()
     QTemporaryDir dir;
     const TillDataFolder folder(dir.path());
     QString error;
-    QVERIFY(folder.create(QStringLiteral("http://a"), &error));
+    QVERIFY(folder.create(QStringLiteral("http://a"), QString(), &error));
     const QString file = folder.writeHostConfig({{QStringLiteral("Tessaro:url"), QStringLiteral("http://b")},
                                                  {QStringLiteral("Tessaro.ForbiddenMixedValuts:1,4"), QStringLiteral("2")}},
                                                 &error);
@@ -101,7 +104,8 @@ void TestTillDataFolder::hostConfigurationTakesScenarioSettings()
     QCOMPARE(config.getString(QStringLiteral("Tessaro:url")), QStringLiteral("http://b"));
     QCOMPARE(config.getString(QStringLiteral("Host:database")), folder.databaseFile());
     QCOMPARE(config.getString(QStringLiteral("Host:documentsDir")), folder.documentsDir());
-    QCOMPARE(config.getString(QStringLiteral("Tessaro:clientId")), QStringLiteral("tessaro-till"));
+    QCOMPARE(config.getString(QStringLiteral("Tessaro:clientId")), QStringLiteral("till"));
+    QCOMPARE(config.getString(QStringLiteral("Tessaro:tokenUrl")), QStringLiteral("http://a/token"));
     QCOMPARE(config.keys(QStringLiteral("Tessaro.ForbiddenMixedValuts")), (QStringList{QStringLiteral("1,4"), QStringLiteral("3")}));
     QCOMPARE(config.getIntList(QStringLiteral("Tessaro.ForbiddenMixedValuts:1,4")), QList<int>{2});
     // The till's own file stays as it was.

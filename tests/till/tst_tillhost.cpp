@@ -52,7 +52,7 @@ struct TestTill
         , actions(&till, &log)
     {
         QString error;
-        folder.create(serviceUrl, &error);
+        folder.create(serviceUrl, QString(), &error);
         started = till.start(QStringLiteral(TILL_FAKE_PLUGIN_DIR), TillSettings(), &error);
         if (!started)
             qWarning("%s", qPrintable(error));
