@@ -139,7 +139,7 @@ void TestScenarioParser::refusesBadFiles_data()
                                          << QStringLiteral("bad.json: actions[0]: missing key \"type\"");
     QTest::newRow("unknown document") << QByteArray(R"({"name": "n", "actions": [{"type": "bind", "document": "r9"}]})")
                                       << QStringLiteral("bad.json: actions[0].document: no document \"r9\" in documents");
-    QTest::newRow("key of another action") << QByteArray(R"({"name": "n", "actions": [{"type": "close", "document": "r"}]})")
+    QTest::newRow("key of another action") << QByteArray(R"({"name": "n", "actions": [{"type": "stornoAll", "document": "r"}]})")
                                            << QStringLiteral("bad.json: actions[0].document: unknown key (expected one of: type, note, expect)");
     QTest::newRow("result of a bind") << QByteArray(R"({"name": "n", "documents": {"r": {"type": "return"}}, "actions": [{"type": "bind", "document": "r", "expect": {"result": 2}}]})")
                                       << QStringLiteral("bad.json: actions[0].expect.result: a bind action has no result");
