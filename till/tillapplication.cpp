@@ -8,6 +8,7 @@
 #include "tilldatafolder.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -86,7 +87,11 @@ QString TillApplication::defaultPluginFolder()
     const QString build = QStringLiteral(TESSARO_BUILD_PLUGIN_DIR);
     if (QFileInfo::exists(QDir(build).filePath(PluginHost::libraryName())))
         return build;
-    return QStringLiteral(TESSARO_INSTALLED_PLUGIN_DIR);
+    // Installed: the host plug-in folder, relative to the install prefix unless absolute.
+    const QString installed = QStringLiteral(TESSARO_HOST_PLUGIN_DIR);
+    if (QDir::isAbsolutePath(installed))
+        return installed;
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../") + installed);
 }
 
 void TillApplication::quietenLogs(bool verbose)
