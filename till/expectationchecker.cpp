@@ -1,7 +1,8 @@
 #include "expectationchecker.h"
 
+#include "jsontext.h"
+
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QRegularExpression>
 
 #include <cmath>
@@ -12,19 +13,7 @@ namespace {
 
 QString shown(const QJsonValue &value)
 {
-    if (value.isUndefined())
-        return QStringLiteral("nothing");
-    if (value.isObject())
-        return QString::fromUtf8(QJsonDocument(value.toObject()).toJson(QJsonDocument::Compact));
-    if (value.isArray())
-        return QString::fromUtf8(QJsonDocument(value.toArray()).toJson(QJsonDocument::Compact));
-    if (value.isString())
-        return QLatin1Char('"') + value.toString() + QLatin1Char('"');
-    if (value.isDouble())
-        return QString::number(value.toDouble(), 'g', 15);
-    if (value.isBool())
-        return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
-    return QStringLiteral("null");
+    return JsonText::of(value);
 }
 
 QString textOf(const QJsonValue &value)

@@ -1,26 +1,18 @@
 #include "reportwriter.h"
 
+#include "jsonfile.h"
+#include "jsontext.h"
+
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QSaveFile>
 
 namespace till {
 
 namespace {
 
+/// A value as the report shows it; null is a cancelled answer.
 QString compact(const QJsonValue &value)
 {
-    if (value.isObject())
-        return QString::fromUtf8(QJsonDocument(value.toObject()).toJson(QJsonDocument::Compact));
-    if (value.isArray())
-        return QString::fromUtf8(QJsonDocument(value.toArray()).toJson(QJsonDocument::Compact));
-    if (value.isString())
-        return QLatin1Char('"') + value.toString() + QLatin1Char('"');
-    if (value.isDouble())
-        return QString::number(value.toDouble(), 'g', 12);
-    if (value.isBool())
-        return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
-    return value.isNull() ? QStringLiteral("cancelled") : QString();
+    return JsonText::of(value, QStringLiteral("cancelled"), QString());
 }
 
 QString shortened(const QString &text, int length)
@@ -167,15 +159,7 @@ QString ReportWriter::text(const Report &report)
 
 bool ReportWriter::writeJson(const Report &report, const QString &file, QString *error)
 {
-    QSaveFile out(file);
-    if (out.open(QIODevice::WriteOnly)) {
-        out.write(QJsonDocument(report.toJson()).toJson(QJsonDocument::Indented));
-        if (out.commit())
-            return true;
-    }
-    if (error)
-        *error = QStringLiteral("cannot write %1: %2").arg(file, out.errorString());
-    return false;
+    return JsonFile::write(file, report.toJson(), error);
 }
 
 } // namespace till

@@ -1,13 +1,12 @@
 #include "runprogress.h"
 
+#include "jsonfile.h"
+
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QSaveFile>
 
 namespace till {
 
@@ -19,22 +18,10 @@ RunProgress::RunProgress(const QString &folder, const QByteArray &scenario)
 
 bool RunProgress::load(QString *error)
 {
-    QFile file(m_file);
-    if (!file.exists())
-        return true;
-    if (!file.open(QIODevice::ReadOnly)) {
-        if (error)
-            *error = QStringLiteral("cannot read %1: %2").arg(m_file, file.errorString());
+    QJsonObject json;
+    if (!JsonFile::read(m_file, &json, error))
         return false;
-    }
-    QJsonParseError parseError;
-    const QJsonObject json = QJsonDocument::fromJson(file.readAll(), &parseError).object();
-    if (parseError.error != QJsonParseError::NoError) {
-        if (error)
-            *error = QStringLiteral("%1: %2").arg(m_file, parseError.errorString());
-        return false;
-    }
-    if (json.value(QStringLiteral("finished")).toBool())
+    if (json.isEmpty() || json.value(QStringLiteral("finished")).toBool())
         return true;
     m_resumed = true;
     m_run = json.value(QStringLiteral("run")).toInt();
@@ -50,21 +37,13 @@ bool RunProgress::save(QString *error) const
     QJsonArray records;
     for (const ActionRecord &record : m_records)
         records << record.toJson();
-    const QJsonObject json{{QStringLiteral("run"), m_run},
-                           {QStringLiteral("done"), m_done},
-                           {QStringLiteral("answers"), m_answers},
-                           {QStringLiteral("finished"), m_finished},
-                           {QStringLiteral("records"), records}};
     QDir().mkpath(QFileInfo(m_file).path());
-    QSaveFile file(m_file);
-    if (file.open(QIODevice::WriteOnly)) {
-        file.write(QJsonDocument(json).toJson(QJsonDocument::Indented));
-        if (file.commit())
-            return true;
-    }
-    if (error)
-        *error = QStringLiteral("cannot write %1: %2").arg(m_file, file.errorString());
-    return false;
+    return JsonFile::write(m_file, {{QStringLiteral("run"), m_run},
+                                    {QStringLiteral("done"), m_done},
+                                    {QStringLiteral("answers"), m_answers},
+                                    {QStringLiteral("finished"), m_finished},
+                                    {QStringLiteral("records"), records}},
+                           error);
 }
 
 void RunProgress::clear()
