@@ -1,5 +1,6 @@
 #include "tillapplication.h"
 
+#include "demorunner.h"
 #include "pluginhost.h"
 #include "reportwriter.h"
 #include "scenarioparser.h"
@@ -259,12 +260,18 @@ int TillApplication::shell(const QStringList &arguments)
 int TillApplication::demo(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.addOption(pluginsOption());
-    const int parsed = parse(&parser, arguments, QStringLiteral("Plays the bundled scenarios against the Tessaro service emulator."));
+    const QCommandLineOption plugins = pluginsOption();
+    const QCommandLineOption keep(QStringLiteral("keep"), QStringLiteral("Keep the tills in DIR, one folder per scenario."), QStringLiteral("DIR"));
+    const QCommandLineOption verbose = verboseOption();
+    parser.addOptions({plugins, keep, verbose});
+    const int parsed = parse(&parser, arguments,
+                             QStringLiteral("Plays the bundled scenarios, each on a new till against the Tessaro service emulator,\n"
+                                            "which runs in this process on a free loopback port."));
     if (parsed >= 0)
         return parsed;
-    err() << QStringLiteral("tessaro-till: this build has no service emulator") << Qt::endl;
-    return CannotRun;
+    quietenLogs(parser.isSet(verbose));
+    DemoRunner demo(&out());
+    return demo.run(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder(), parser.value(keep)) == 0 ? Passed : Failed;
 }
 
 } // namespace till
