@@ -199,6 +199,9 @@ Observation ScenarioRunner::observe(const Expectation &expectation, const QList<
 
 bool ScenarioRunner::run(const Options &options, Report *report, QString *error)
 {
+    // Nothing is written into a folder that holds no till.
+    if (!m_folder.readSettings(error))
+        return false;
     RunProgress progress(m_folder.progressDir(), m_source);
     if (options.again)
         progress.clear();

@@ -22,6 +22,7 @@ private slots:
     void initCreatesATillOnce();
     void badScenarioChangesNothing_data();
     void badScenarioChangesNothing();
+    void runNeedsATill();
     void runReportsAndSaysByItsExitCode();
     void killedTillContinuesWhereItStopped();
     void restartReplacesTheProcess();
@@ -162,6 +163,16 @@ void TestTillCommand::badScenarioChangesNothing()
     QCOMPARE(result.exitCode, 2);
     QCOMPARE(result.err.trimmed(), QStringLiteral("tessaro-till: ") + message.arg(file));
     QCOMPARE(folderState(), before);
+}
+
+void TestTillCommand::runNeedsATill()
+{
+    const Result result = till({QStringLiteral("run"), QStringLiteral("--data"), m_data, QStringLiteral("--plugins"),
+                                QStringLiteral(TILL_FAKE_PLUGIN_DIR), writeScenario(returnScenario)});
+    QCOMPARE(result.exitCode, 3);
+    QCOMPARE(result.err.trimmed(),
+             QStringLiteral("tessaro-till: %1 holds no till (no till.ini); create one with: tessaro-till init --data %1").arg(m_data));
+    QVERIFY(!QFile::exists(m_data));
 }
 
 void TestTillCommand::runReportsAndSaysByItsExitCode()
