@@ -8,20 +8,15 @@
 
 #include <actionqueuecontroller.h>
 #include <basicloyaltysystem.h>
-#include <cashdrawer.h>
 #include <config.h>
 #include <contextmanager.h>
-#include <currenttime.h>
 #include <dictionariesdao.h>
-#include <documentfacade.h>
-#include <documentlogic.h>
 #include <documentsdao.h>
 #include <frcollection.h>
+#include <hostobjects.h>
 #include <mockfactory.h>
 #include <qml/qmlbasedgui.h>
-#include <savetofilelogic.h>
 #include <session.h>
-#include <simpleformatter.h>
 #include <singleton.h>
 #include <valutcollection.h>
 
@@ -70,23 +65,7 @@ bool Till::restart(QString *error)
 
 void Till::resetHost()
 {
-    Singleton<Session>::reset();
-    Singleton<DocumentsDao>::reset();
-    Singleton<Config>::reset();
-    Singleton<ActionQueueController>::reset();
-    Singleton<ContextManager>::reset();
-    Singleton<DictionariesDao>::reset();
-    Singleton<DocumentFacade>::reset();
-    Singleton<ValutCollection>::reset();
-    Singleton<FrCollection>::reset();
-    Singleton<qml::QmlBasedGui>::reset();
-    MockFactory<Dialog>::clearCreator();
-    MockFactory<RestClient>::clearCreator();
-    MockFactory<CurrentTime>::clearCreator();
-    MockFactory<DocumentLogic>::clearCreator();
-    MockFactory<SaveToFileLogic>::clearCreator();
-    MockFactory<SimpleFormatter>::clearCreator();
-    MockFactory<CashDrawer>::clearCreator();
+    HostObjects::resetAll();
 }
 
 bool Till::installHost(QString *error)

@@ -21,7 +21,7 @@ class FakeBackPlugin : public QObject, public BasicLoyaltySystem
 {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID "TessaroBack")
-    Q_INTERFACES(BasicPlugin)
+    Q_INTERFACES(BasicLoyaltySystem BasicPlugin)
 
 public:
     FakeBackPlugin();
