@@ -1,10 +1,22 @@
 #include "interface.h"
 
+#include "dao.h"
+#include "gate.h"
+#include "responses/connectionerrorexception.h"
+
+#include <cashdrawer.h>
 #include <config.h>
+#include <frcollection.h>
 #include <log4qt/logmanager.h>
 #include <mockfactory.h>
 #include <restclient.h>
+#include <session.h>
 #include <singleton.h>
+#include <user.h>
+
+#include <QHostInfo>
+#include <QJsonDocument>
+#include <QUrlQuery>
 
 namespace tessaro {
 
@@ -47,6 +59,47 @@ QMap<int, QStringList> readListSection(const QString &section)
         map.insert(key, config()->getStringList(valueKey));
     });
     return map;
+}
+
+QString methodPath(Interface::Method method)
+{
+    switch (method) {
+    case Interface::TillOpen:
+        return QStringLiteral("/till/open");
+    case Interface::TillClose:
+        return QStringLiteral("/till/close");
+    case Interface::Cart:
+        return QStringLiteral("/cart/%1");
+    case Interface::CartCreate:
+        return QStringLiteral("/cart/create");
+    case Interface::CartUpdate:
+        return QStringLiteral("/cart/%1/update");
+    case Interface::CartStatus:
+        return QStringLiteral("/cart/%1/cart_status");
+    case Interface::AddCustomer:
+        return QStringLiteral("/cart/%1/add_customer");
+    case Interface::AdviceNote:
+        return QStringLiteral("/advicenote");
+    case Interface::Payload:
+        return QStringLiteral("/payload/%1");
+    case Interface::Deposit:
+        return QStringLiteral("/till/deposit");
+    case Interface::Messages:
+        return QStringLiteral("/messages/%1");
+    }
+    return QString();
+}
+
+// A form value with every reserved character encoded: QUrlQuery leaves "+" as
+// it stands, which a form decoder would read as a blank.
+QString formValue(const QString &value)
+{
+    return QString::fromLatin1(QUrl::toPercentEncoding(value));
+}
+
+QString operatorCode(const QSharedPointer<User> &user)
+{
+    return user ? user->getCode() : QString();
 }
 
 QList<int> readIntegers(const QString &key)
@@ -101,6 +154,188 @@ void Interface::setLogger(Log4Qt::Logger *newLogger)
 void Interface::setToken(const QString &newToken)
 {
     token = newToken;
+}
+
+QUrl Interface::getUrl(Method method, const QString &arg) const
+{
+    QUrl result = url;
+    result.setPath(url.path(QUrl::FullyDecoded) + methodPath(method).replace(QLatin1String("%1"), arg), QUrl::DecodedMode);
+    return result;
+}
+
+Interface::Headers Interface::getHeaders(const QString &requestId) const
+{
+    Headers headers;
+    if (useTokenAuth)
+        headers.insert(QStringLiteral("Authorization"), QStringLiteral("Bearer ") + token);
+    headers.insert(QStringLiteral("Content-Type"), QStringLiteral("application/json"));
+    if (!requestId.isEmpty())
+        headers.insert(QStringLiteral("X-Request-ID"), requestId);
+    return headers;
+}
+
+Response Interface::send(const QUrl &target, const QJsonObject &body, const Headers &headers)
+{
+    return handleRequest(target, body, headers, true);
+}
+
+Response Interface::request(const QUrl &target, const Headers &headers)
+{
+    return handleRequest(target, QJsonObject(), headers, false);
+}
+
+Interface::Headers Interface::getGateHeaders(const QUrl &target, const QByteArray &body, const Headers &headers,
+                                             bool get) const
+{
+    if (!config()->getBool(QStringLiteral("OrvelGate:tessaro"), false))
+        return headers;
+    return orvel::getGateHeaders(target, body, headers, get);
+}
+
+Response Interface::handleRequest(const QUrl &target, const QJsonObject &body, const Headers &headers, bool post)
+{
+    Response result;
+    // With token authorisation nothing is sent without a token.
+    if (!useTokenAuth || !token.isEmpty()) {
+        const QByteArray json = QJsonDocument(body).toJson(QJsonDocument::Compact);
+        const Headers sent = getGateHeaders(target, json, headers, !post);
+        if (post)
+            restClient->post(target, QJsonDocument(body), sent);
+        else
+            restClient->get(target, QJsonDocument(), sent);
+        const http::Response reply = restClient->lastResponse();
+        result = Response(reply);
+
+        if (!useTokenAuth || result.status() != Response::TokenError) {
+            tokenRetried = false;
+            const Response::Status status = result.status();
+            if (reply.isNetworkError() && status != Response::ShiftAlreadyOpened && status != Response::ShiftClosed)
+                throw ConnectionErrorException();
+            return result;
+        }
+    }
+    return retryWithNewToken(target, body, result);
+}
+
+Response Interface::retryWithNewToken(const QUrl &target, const QJsonObject &body, const Response &failed)
+{
+    if (tokenRetried) {
+        logger->error(QStringLiteral("Повторная ошибка авторизации после запроса токена"));
+        // Throws: the answer is a token error, or there was none at all.
+        failed.checkStatus();
+        return failed;
+    }
+    const TokenResponse reply = getToken();
+    if (reply.status() != Response::Success) {
+        logger->error(QStringLiteral("Не удалось получить токен"));
+        return reply;
+    }
+    tokenRetried = true;
+    setToken(reply.token());
+    // Deliberately a POST with the standard headers only, whatever the first request was.
+    return send(target, body, getHeaders(QString()));
+}
+
+TokenResponse Interface::getToken()
+{
+    logger->info(QStringLiteral("Получение токена"));
+    QUrlQuery form(tokenUrl);
+    form.addQueryItem(QStringLiteral("grant_type"), QStringLiteral("client_credentials"));
+    form.addQueryItem(QStringLiteral("client_id"), formValue(clientId));
+    form.addQueryItem(QStringLiteral("realm_id"), formValue(realmId));
+    const Headers headers{{QStringLiteral("Authorization"), authorizationHeader},
+                          {QStringLiteral("Content-Type"), QStringLiteral("application/x-www-form-urlencoded")}};
+    restClient->postRaw(tokenUrl, form.toString(QUrl::FullyEncoded).toUtf8(), headers);
+    const TokenResponse reply(restClient->lastResponse());
+    reply.checkStatus();
+    logger->info(QStringLiteral("Получен токен: %1").arg(reply.token()));
+    return reply;
+}
+
+QJsonObject Interface::tillFields() const
+{
+    const Registry &registry = Singleton<Session>::instance()->getRegistry();
+    // A code that is not a number is sent as 0.
+    return QJsonObject{{QStringLiteral("storeNo"), registry.getShopCode().toInt()},
+                       {QStringLiteral("tillNo"), registry.getCashCode().toInt()}};
+}
+
+Response Interface::tillOpen(const QSharedPointer<User> &user, double amount)
+{
+    logger->info(QStringLiteral("Открытие смены"));
+    const Config *settings = config();
+    QString hostName = settings->getString(QStringLiteral("Tessaro:hostName"));
+    if (hostName.isEmpty())
+        hostName = QHostInfo::localHostName();
+
+    QJsonObject body = tillFields();
+    body.insert(QStringLiteral("operatorID"), operatorCode(user));
+    body.insert(QStringLiteral("operatorName"), user ? user->getName() : QString());
+    body.insert(QStringLiteral("typeTill"), settings->getInt(QStringLiteral("Tessaro:typeTill"), 0));
+    body.insert(QStringLiteral("hostName"), hostName);
+    body.insert(QStringLiteral("nameTypeTill"), settings->getString(QStringLiteral("Tessaro:nameTypeTill"), QStringLiteral("RegularSales")));
+    body.insert(QStringLiteral("enteredAmount"), amount + MockFactory<CashDrawer>::create()->getAmount());
+    fillFiscalInfo(body);
+    return send(getUrl(TillOpen, QString()), body, getHeaders(QString()));
+}
+
+Response Interface::tillClose()
+{
+    logger->info(QStringLiteral("Закрытие смены"));
+    QJsonObject body = tillFields();
+    body.insert(QStringLiteral("payments"), getShiftPayments());
+    return send(getUrl(TillClose, QString()), body, getHeaders(QString()));
+}
+
+Response Interface::deposit(const QSharedPointer<User> &user, double amount, EDocumentType type, const QString &requestId)
+{
+    const bool cashIn = type == CashIn;
+    logger->info(QStringLiteral("Отправка запроса %1").arg(cashIn ? QStringLiteral("внесения") : QStringLiteral("изъятия")));
+    QJsonObject body = tillFields();
+    body.insert(QStringLiteral("operatorID"), operatorCode(user));
+    body.insert(QStringLiteral("typeCode"), cashIn ? 2 : 1);
+    body.insert(QStringLiteral("amount"), amount);
+    return send(getUrl(Deposit, QString()), body, getHeaders(requestId));
+}
+
+void Interface::fillFiscalInfo(QJsonObject &body) const
+{
+    body.insert(QStringLiteral("fiscalRegistrationNo"), getFiscalNumber());
+    // A registrar without a fiscal drive reports an empty serial; the field is
+    // then left out rather than sent empty.
+    const QString serial = Singleton<FrCollection>::instance()->getFiscalDriveSerial();
+    if (!serial.isEmpty())
+        body.insert(QStringLiteral("fiscalDriveSerialNumber"), serial);
+}
+
+QString Interface::getFiscalNumber() const
+{
+    return QString::number(Singleton<FrCollection>::instance()->getRegistrationNumber());
+}
+
+QJsonArray Interface::getShiftPayments() const
+{
+    const int shift = Singleton<Session>::instance()->getCurrentShift();
+    const QList<Dao::ShiftPayment> entries = MockFactory<Dao>::create()->getShiftPayments(shift);
+
+    // Several till codes may fold into one service code: count and add them up.
+    QMap<int, int> counts;
+    QMap<int, double> amounts;
+    for (const Dao::ShiftPayment &entry : entries) {
+        if (entry.amount == 0.0)
+            continue;
+        const int code = paymentCodes.value(entry.code, entry.code);
+        ++counts[code];
+        amounts[code] += entry.amount;
+    }
+
+    QJsonArray payments;
+    for (auto it = counts.cbegin(); it != counts.cend(); ++it) {
+        payments.append(QJsonObject{{QStringLiteral("paymentCode"), it.key()},
+                                    {QStringLiteral("paymentCount"), it.value()},
+                                    {QStringLiteral("paymentAmount"), amounts.value(it.key())}});
+    }
+    return payments;
 }
 
 void Interface::readPaymentMapping()

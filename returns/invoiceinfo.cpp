@@ -1,5 +1,7 @@
 #include "invoiceinfo.h"
 
+#include <QMetaProperty>
+
 namespace {
 constexpr int IdentifierLength = 24;
 constexpr int InvoiceWidth = 6;
@@ -15,6 +17,29 @@ InvoiceInfo::InvoiceInfo(const QString &text)
         return;
     cashCode = text.right(InvoiceWidth + RawCashWidth).left(RawCashWidth);
     invoiceNumber = text.right(InvoiceWidth);
+}
+
+InvoiceInfo InvoiceInfo::fromMap(const QVariantMap &values)
+{
+    InvoiceInfo info;
+    const QMetaObject &meta = staticMetaObject;
+    for (auto it = values.constBegin(); it != values.constEnd(); ++it) {
+        const int index = meta.indexOfProperty(it.key().toUtf8().constData());
+        if (index >= 0)
+            meta.property(index).writeOnGadget(&info, it.value());
+    }
+    return info;
+}
+
+QVariantMap InvoiceInfo::toMap() const
+{
+    QVariantMap values;
+    const QMetaObject &meta = staticMetaObject;
+    for (int index = meta.propertyOffset(); index < meta.propertyCount(); ++index) {
+        const QMetaProperty property = meta.property(index);
+        values.insert(QString::fromLatin1(property.name()), property.readOnGadget(this));
+    }
+    return values;
 }
 
 bool InvoiceInfo::valid() const

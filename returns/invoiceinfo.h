@@ -4,6 +4,7 @@
 #include <QMetaType>
 #include <QObject>
 #include <QString>
+#include <QVariantMap>
 
 /// Identifies the sale that a return reverses: till, receipt (invoice) number,
 /// store and date of the original sale.
@@ -24,6 +25,13 @@ public:
     InvoiceInfo() = default;
     /// Parses a scanned identifier; any length but 24 leaves the empty value.
     explicit InvoiceInfo(const QString &text);
+
+    /// The value whose properties are written from \a values by name; keys
+    /// that name no property, and values that do not convert, are skipped.
+    /// Dates convert from QDate, QDateTime or ISO text ("yyyy-MM-dd").
+    static InvoiceInfo fromMap(const QVariantMap &values);
+    /// Every property by name.
+    QVariantMap toMap() const;
 
     /// Both the till and the invoice number are known.
     bool valid() const;

@@ -17,8 +17,8 @@ jobs="${TESSARO_JOBS:-$(nproc)}"
 packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev qt6-declarative-dev qt6-httpserver-dev qt6-websockets-dev libqt6sql6-sqlite
-    qml6-module-qtquick-window qml6-module-qtquick-templates qml6-module-qtquick-controls
-    qml6-module-qtquick-layouts qml6-module-qtqml-workerscript
+    qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtquick-templates qml6-module-qtquick-controls
+    qml6-module-qtquick-layouts qml6-module-qtqml-workerscript fonts-dejavu-core
     libcurl4-openssl-dev ca-certificates
 )
 # The quality gates' tools, installed by the commands that use them.

@@ -41,6 +41,9 @@ TestHost::~TestHost()
 
 void TestHost::setConfig(const QString &iniText)
 {
+    // QSettings caches files by name and modification time: a new name for
+    // every configuration makes sure the new text is the one read.
+    ++m_configGeneration;
     QFile file(configFile());
     if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         file.write(iniText.toUtf8());
@@ -50,7 +53,7 @@ void TestHost::setConfig(const QString &iniText)
 
 QString TestHost::configFile() const
 {
-    return m_dir.filePath(QStringLiteral("host.ini"));
+    return m_dir.filePath(QStringLiteral("host-%1.ini").arg(m_configGeneration));
 }
 
 void TestHost::reset()

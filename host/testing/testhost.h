@@ -22,6 +22,7 @@ public:
 
     /// Replaces the configuration with \a iniText.
     void setConfig(const QString &iniText);
+    /// The file of the current configuration.
     QString configFile() const;
     /// A folder that lives as long as the host.
     QString folder() const { return m_dir.path(); }
@@ -36,4 +37,5 @@ private:
     QTemporaryDir m_dir;
     QSharedPointer<ScriptedDialog> m_dialog;
     QSharedPointer<SettableClock> m_clock;
+    int m_configGeneration = 0;
 };

@@ -16,6 +16,11 @@ private slots:
     void documentIdOfCashierInput();
     void propertiesByName();
     void widePiecesAreKeptWhole();
+    void mapHoldsEveryProperty();
+    void mapRoundTrip();
+    void dateFromMap_data();
+    void dateFromMap();
+    void unknownNamesAreSkipped();
 };
 
 void TestInvoiceInfo::parsesOnlyTwentyFourCharacters_data()
@@ -96,6 +101,64 @@ void TestInvoiceInfo::widePiecesAreKeptWhole()
     info.cashCode = QStringLiteral("123456");
     info.invoiceNumber = QStringLiteral("1234567");
     QCOMPARE(info.invoiceIdRaw(), QStringLiteral("0/0/123456/1234567"));
+}
+
+void TestInvoiceInfo::mapHoldsEveryProperty()
+{
+    InvoiceInfo info;
+    info.cashCode = QStringLiteral("12");
+    info.invoiceDate = QDate(2024, 2, 1);
+    const QVariantMap expected{
+        {QStringLiteral("cashCode"), QStringLiteral("12")},
+        {QStringLiteral("invoiceNumber"), QString()},
+        {QStringLiteral("storeNumber"), QString()},
+        {QStringLiteral("invoiceDate"), QDate(2024, 2, 1)},
+    };
+    QCOMPARE(info.toMap(), expected);
+}
+
+void TestInvoiceInfo::mapRoundTrip()
+{
+    InvoiceInfo info(QStringLiteral("000100122024000012000345"));
+    info.storeNumber = QStringLiteral("7");
+    info.invoiceDate = QDate(2024, 2, 1);
+    const InvoiceInfo copy = InvoiceInfo::fromMap(info.toMap());
+    QCOMPARE(copy.cashCode, info.cashCode);
+    QCOMPARE(copy.invoiceNumber, info.invoiceNumber);
+    QCOMPARE(copy.storeNumber, info.storeNumber);
+    QCOMPARE(copy.invoiceDate, info.invoiceDate);
+}
+
+void TestInvoiceInfo::dateFromMap_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QDate>("date");
+    QTest::newRow("date") << QVariant(QDate(2024, 2, 1)) << QDate(2024, 2, 1);
+    QTest::newRow("date and time") << QVariant(QDateTime(QDate(2024, 2, 1), QTime(0, 0))) << QDate(2024, 2, 1);
+    QTest::newRow("ISO text") << QVariant(QStringLiteral("2024-02-01")) << QDate(2024, 2, 1);
+    QTest::newRow("text as typed") << QVariant(QStringLiteral("01.02.2024")) << QDate();
+    QTest::newRow("empty text") << QVariant(QString()) << QDate();
+    QTest::newRow("nothing") << QVariant() << QDate();
+}
+
+void TestInvoiceInfo::dateFromMap()
+{
+    QFETCH(QVariant, value);
+    QFETCH(QDate, date);
+    const InvoiceInfo info = InvoiceInfo::fromMap({{QStringLiteral("invoiceDate"), value}});
+    QCOMPARE(info.invoiceDate, date);
+}
+
+void TestInvoiceInfo::unknownNamesAreSkipped()
+{
+    const InvoiceInfo info = InvoiceInfo::fromMap({
+        {QStringLiteral("cashCode"), 12},
+        {QStringLiteral("invoiceNumber"), QStringLiteral("345")},
+        {QStringLiteral("cashier"), QStringLiteral("Иванова")},
+    });
+    QCOMPARE(info.cashCode, QStringLiteral("12"));
+    QCOMPARE(info.invoiceNumber, QStringLiteral("345"));
+    QVERIFY(info.storeNumber.isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestInvoiceInfo)

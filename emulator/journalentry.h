@@ -1,0 +1,35 @@
+#pragma once
+
+#include "emulator/exchange.h"
+
+#include <QJsonObject>
+#include <QString>
+
+namespace tessaro::emulator {
+
+/// One request in the journal, with what became of it.
+class JournalEntry
+{
+public:
+    /// What the emulator did with the request.
+    enum class Outcome {
+        Pending,   ///< not answered yet (a delay is running)
+        Answered,  ///< an HTTP answer went out
+        Hung,      ///< held without an answer
+        Closed,    ///< connection closed without an answer
+        Reset,     ///< connection reset
+        Abandoned, ///< the client left before the delayed answer was ready
+    };
+
+    static QString outcomeName(Outcome outcome);
+    /// The request's fields plus "id", "status", "outcome" and "fault".
+    QJsonObject toJson() const;
+
+    qint64 id = 0;
+    Exchange exchange;
+    int status = 0;          ///< HTTP status answered; 0 when none was
+    Outcome outcome = Outcome::Pending;
+    QString fault;           ///< the fault kind that struck, if any
+};
+
+} // namespace tessaro::emulator

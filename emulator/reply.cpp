@@ -1,0 +1,101 @@
+#include "emulator/reply.h"
+
+#include <QJsonDocument>
+
+namespace tessaro::emulator {
+
+namespace {
+
+QByteArray reasonPhrase(int status)
+{
+    switch (status) {
+    case 100: return QByteArrayLiteral("Continue");
+    case 200: return QByteArrayLiteral("OK");
+    case 201: return QByteArrayLiteral("Created");
+    case 204: return QByteArrayLiteral("No Content");
+    case 400: return QByteArrayLiteral("Bad Request");
+    case 401: return QByteArrayLiteral("Unauthorized");
+    case 403: return QByteArrayLiteral("Forbidden");
+    case 404: return QByteArrayLiteral("Not Found");
+    case 405: return QByteArrayLiteral("Method Not Allowed");
+    case 409: return QByteArrayLiteral("Conflict");
+    case 415: return QByteArrayLiteral("Unsupported Media Type");
+    case 500: return QByteArrayLiteral("Internal Server Error");
+    case 502: return QByteArrayLiteral("Bad Gateway");
+    case 503: return QByteArrayLiteral("Service Unavailable");
+    case 504: return QByteArrayLiteral("Gateway Timeout");
+    default: return QByteArrayLiteral("Status");
+    }
+}
+
+} // namespace
+
+Reply::Reply(int status, const QByteArray &body, const QByteArray &contentType)
+    : m_status(status)
+    , m_body(body)
+    , m_contentType(contentType)
+{
+}
+
+Reply Reply::json(int status, const QJsonObject &object)
+{
+    return Reply(status, QJsonDocument(object).toJson(QJsonDocument::Compact));
+}
+
+Reply Reply::json(int status, const QJsonArray &array)
+{
+    return Reply(status, QJsonDocument(array).toJson(QJsonDocument::Compact));
+}
+
+Reply Reply::message(int status, const QString &text)
+{
+    return json(status, QJsonObject{{QStringLiteral("message"), text}});
+}
+
+int Reply::status() const
+{
+    return m_status;
+}
+
+QByteArray Reply::body() const
+{
+    return m_body;
+}
+
+QByteArray Reply::contentType() const
+{
+    return m_contentType;
+}
+
+Reply Reply::truncated() const
+{
+    return Reply(m_status, m_body.left(m_body.size() / 2), m_contentType);
+}
+
+Reply Reply::malformed() const
+{
+    QByteArray body = m_body.isEmpty() ? QByteArrayLiteral("{}") : m_body;
+    body.insert(1, ',');
+    return Reply(m_status, body, m_contentType);
+}
+
+Reply Reply::emptied() const
+{
+    return Reply(m_status, QByteArray(), m_contentType);
+}
+
+QByteArray Reply::toHttp(bool keepAlive) const
+{
+    QByteArray bytes;
+    bytes.reserve(160 + m_body.size());
+    bytes += "HTTP/1.1 " + QByteArray::number(m_status) + ' ' + reasonPhrase(m_status) + "\r\n";
+    bytes += "Content-Type: " + m_contentType + "\r\n";
+    bytes += "Content-Length: " + QByteArray::number(m_body.size()) + "\r\n";
+    bytes += keepAlive ? QByteArrayLiteral("Connection: Keep-Alive\r\n")
+                       : QByteArrayLiteral("Connection: close\r\n");
+    bytes += "\r\n";
+    bytes += m_body;
+    return bytes;
+}
+
+} // namespace tessaro::emulator

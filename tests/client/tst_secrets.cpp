@@ -1,0 +1,105 @@
+#include "servicetestbed.h"
+
+#include "client/interface.h"
+#include "responses/connectionerrorexception.h"
+
+#include <support/logcapture.h>
+
+#include <QLoggingCategory>
+#include <QTest>
+
+using Answer = ScriptedHttpServer::Answer;
+using Request = ScriptedHttpServer::Request;
+
+namespace {
+
+const QString configuredToken = QStringLiteral("configured-token-5d1c");
+const QByteArray fetchedToken = "fetched-token-77aa";
+const QString appSecret = QStringLiteral("gate-secret-90fe");
+
+// Every captured line that contains \a secret.
+QStringList linesWith(const LogCapture &log, const QString &secret)
+{
+    QStringList lines;
+    const QList<LogCapture::Message> messages = log.messages();
+    for (const LogCapture::Message &message : messages) {
+        if (message.text.contains(secret))
+            lines << message.category + QLatin1String(": ") + message.text;
+    }
+    return lines;
+}
+
+} // namespace
+
+class TestSecrets : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void tokenFlowKeepsSecretsOutOfTheLog();
+    void gatewayKeepsSecretsOutOfTheLog();
+};
+
+void TestSecrets::initTestCase()
+{
+    // Every line the client and its REST client can write, debug included.
+    QLoggingCategory::setFilterRules(QStringLiteral("tessaro*.debug=true"));
+}
+
+void TestSecrets::tokenFlowKeepsSecretsOutOfTheLog()
+{
+    ServiceTestBed bed;
+    bed.server().enqueue(Answer::json(401, R"({"error":"invalid_token"})"));
+    bed.server().enqueue(ServiceTestBed::tokenAnswer(fetchedToken));
+    bed.server().enqueue(Answer::json(200, R"({"cartUuid":"c-1"})"));
+    bed.server().enqueue(Answer::close());
+    const LogCapture log;
+    tessaro::Interface client;
+    client.setToken(configuredToken);
+    QVERIFY(client.send(client.getUrl(tessaro::Interface::CartCreate, QString()), {}, client.getHeaders(QStringLiteral("r-1"))).success());
+    QVERIFY_THROWS_EXCEPTION(tessaro::ConnectionErrorException,
+                             client.send(client.getUrl(tessaro::Interface::Deposit, QString()), {}, client.getHeaders(QString())));
+
+    // The headers really went out, and the debug lines were written.
+    const QList<Request> requests = bed.server().requests();
+    QCOMPARE(requests.at(0).header("Authorization"), "Bearer " + configuredToken.toUtf8());
+    QCOMPARE(QString::fromUtf8(requests.at(1).header("Authorization")), ServiceTestBed::clientSecretHeader);
+    QCOMPARE(requests.at(2).header("Authorization"), "Bearer " + fetchedToken);
+    QVERIFY(!log.texts(QStringLiteral("tessaro"), QtDebugMsg).isEmpty());
+    QVERIFY(log.contains(QStringLiteral("Authorization: ***")));
+
+    QCOMPARE(linesWith(log, configuredToken), QStringList());
+    QCOMPARE(linesWith(log, ServiceTestBed::clientSecretHeader), QStringList());
+    QCOMPARE(linesWith(log, ServiceTestBed::clientSecretHeader.section(QLatin1Char(' '), 1)), QStringList());
+    // The fetched token is named once, by the line that reports the token fetch.
+    QCOMPARE(linesWith(log, QString::fromUtf8(fetchedToken)),
+             QStringList{QStringLiteral("tessaro: Получен токен: ") + QString::fromUtf8(fetchedToken)});
+}
+
+void TestSecrets::gatewayKeepsSecretsOutOfTheLog()
+{
+    ServiceTestBed bed({{QStringLiteral("OrvelGate:tessaro"), QStringLiteral("true")},
+                        {QStringLiteral("OrvelGate:appKey"), QStringLiteral("till-app-0012")},
+                        {QStringLiteral("OrvelGate:appSecret"), appSecret}});
+    bed.server().enqueue(Answer::json(200, R"({"status":"OK"})"));
+    bed.server().enqueue(Answer::json(200, R"({"error_msg":"signature expired"})"));
+    const LogCapture log;
+    tessaro::Interface client;
+    client.send(client.getUrl(tessaro::Interface::TillOpen, QString()), QJsonObject{{"storeNo", 7}}, client.getHeaders(QString()));
+    client.request(client.getUrl(tessaro::Interface::Messages, QStringLiteral("c-1")), client.getHeaders(QStringLiteral("r-2")));
+
+    const QList<Request> requests = bed.server().requests();
+    QCOMPARE(requests.size(), 2);
+    QVERIFY(log.contains(QStringLiteral("Authorization: ***")));
+    QCOMPARE(linesWith(log, appSecret), QStringList());
+    for (const Request &request : requests) {
+        const QString authorization = QString::fromUtf8(request.header("Authorization"));
+        QVERIFY(authorization.startsWith(QLatin1String("SDK-HMAC-SHA256 ")));
+        QCOMPARE(linesWith(log, authorization), QStringList());
+        QCOMPARE(linesWith(log, authorization.section(QLatin1String("Signature="), 1)), QStringList());
+    }
+}
+
+QTEST_GUILESS_MAIN(TestSecrets)
+#include "tst_secrets.moc"

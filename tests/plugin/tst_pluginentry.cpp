@@ -1,0 +1,230 @@
+// The built plug-in module as the host sees it: loaded through QPluginLoader,
+// reached only through the host's own interfaces.
+
+#include "hooktable.h"
+
+#include <abstractdocument.h>
+#include <basicloyaltysystem.h>
+#include <edocumenttype.h>
+#include <testing/testhost.h>
+
+#include <QCborMap>
+#include <QCborValue>
+#include <QDir>
+#include <QFile>
+#include <QLibrary>
+#include <QPluginLoader>
+#include <QPointer>
+#include <QTest>
+
+class TestPluginEntry : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanup();
+    void metadataNamesInterfaceAndClass();
+    void metadataHoldsNothingElse();
+    void instanceIsOneObject();
+    void freshInstanceAfterDestruction();
+    void metacast_data();
+    void metacast();
+    void metacastOfNullName();
+    void registrationsFollowTheHookTable_data();
+    void registrationsFollowTheHookTable();
+    void handlerChoosesBackReasons();
+    void returnHooksOffForSaleDocument_data();
+    void returnHooksOffForSaleDocument();
+    void formsInResources();
+
+private:
+    QObject *instance();
+    BasicPlugin *initialisedPlugin();
+
+    QPluginLoader m_loader;
+    QLibrary m_library;
+    QPointer<QObject> m_instance;
+    std::unique_ptr<TestHost> m_host;
+};
+
+void TestPluginEntry::initTestCase()
+{
+    const QString file = QDir(qEnvironmentVariable("TESSARO_PLUGIN_DIR")).filePath(QStringLiteral("libtessaroback.so"));
+    QVERIFY2(QFile::exists(file), qPrintable(file));
+    m_loader.setFileName(file);
+    QVERIFY2(m_loader.load(), qPrintable(m_loader.errorString()));
+    m_library.setFileName(file);
+    QVERIFY2(m_library.load(), qPrintable(m_library.errorString()));
+}
+
+// Every test starts from a fresh plug-in object and a fresh host.
+void TestPluginEntry::cleanup()
+{
+    delete m_instance;
+    m_host.reset();
+}
+
+QObject *TestPluginEntry::instance()
+{
+    m_instance = m_loader.instance();
+    return m_instance;
+}
+
+BasicPlugin *TestPluginEntry::initialisedPlugin()
+{
+    m_host = std::make_unique<TestHost>();
+    auto *plugin = qobject_cast<BasicPlugin *>(instance());
+    if (plugin)
+        plugin->init();
+    return plugin;
+}
+
+void TestPluginEntry::metadataNamesInterfaceAndClass()
+{
+    const QJsonObject metaData = m_loader.metaData();
+    QCOMPARE(metaData.value(QStringLiteral("IID")).toString(), QStringLiteral("TessaroBack"));
+    QCOMPARE(metaData.value(QStringLiteral("className")).toString(), QStringLiteral("BackPlugin"));
+}
+
+void TestPluginEntry::metadataHoldsNothingElse()
+{
+    using Query = QPluginMetaData (*)();
+    const auto query = reinterpret_cast<Query>(m_library.resolve("qt_plugin_query_metadata_v2"));
+    QVERIFY(query);
+    const QPluginMetaData raw = query();
+    // A header of four bytes (format version, Qt major and minor, architecture), then CBOR.
+    const auto *bytes = static_cast<const char *>(raw.data);
+    const QPluginMetaData::Header header = *reinterpret_cast<const QPluginMetaData::Header *>(bytes);
+    QCOMPARE(header.qt_major_version, quint8(QT_VERSION_MAJOR));
+    const qsizetype headerSize = sizeof(QPluginMetaData::Header);
+    const QCborValue cbor = QCborValue::fromCbor(QByteArray(bytes + headerSize, qsizetype(raw.size) - headerSize));
+    QCborMap expected;
+    expected.insert(2, QStringLiteral("TessaroBack"));
+    expected.insert(3, QStringLiteral("BackPlugin"));
+    QCOMPARE(cbor.toMap(), expected);
+}
+
+void TestPluginEntry::instanceIsOneObject()
+{
+    using Instance = QObject *(*)();
+    const auto entry = reinterpret_cast<Instance>(m_library.resolve("qt_plugin_instance"));
+    QVERIFY(entry);
+    QObject *first = instance();
+    QVERIFY(first);
+    QCOMPARE(entry(), first);
+    QCOMPARE(entry(), first);
+    QCOMPARE(m_loader.instance(), first);
+    QCOMPARE(first->metaObject()->className(), "tessaro::BackPlugin");
+}
+
+void TestPluginEntry::freshInstanceAfterDestruction()
+{
+    using Instance = QObject *(*)();
+    const auto entry = reinterpret_cast<Instance>(m_library.resolve("qt_plugin_instance"));
+    QPointer<QObject> first = entry();
+    first->setObjectName(QStringLiteral("first"));
+    delete first;
+    QVERIFY(first.isNull());
+    m_instance = entry();
+    QVERIFY(m_instance);
+    QVERIFY(m_instance->objectName().isEmpty());
+    QCOMPARE(entry(), m_instance.data());
+}
+
+void TestPluginEntry::metacast_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QString>("yields");
+    QTest::newRow("own class") << QByteArray("tessaro::BackPlugin") << "object";
+    QTest::newRow("loyalty-system base") << QByteArray("BasicLoyaltySystem") << "loyalty system";
+    QTest::newRow("loyalty-system interface") << QByteArray("norvik.BasicLoyaltySystem") << "loyalty system";
+    QTest::newRow("plug-in interface") << QByteArray("norvik.AbstractPlugin") << "plug-in";
+    QTest::newRow("QObject") << QByteArray("QObject") << "object";
+    QTest::newRow("plug-in class name") << QByteArray("BasicPlugin") << "nothing";
+    QTest::newRow("unknown") << QByteArray("tessaro::Interface") << "nothing";
+}
+
+void TestPluginEntry::metacast()
+{
+    QFETCH(QByteArray, name);
+    QFETCH(QString, yields);
+    QObject *object = instance();
+    const QHash<QString, void *> bases{
+        {QStringLiteral("object"), object},
+        {QStringLiteral("loyalty system"), dynamic_cast<BasicLoyaltySystem *>(object)},
+        {QStringLiteral("plug-in"), dynamic_cast<BasicPlugin *>(object)},
+        {QStringLiteral("nothing"), nullptr},
+    };
+    QCOMPARE(object->qt_metacast(name.constData()), bases.value(yields));
+}
+
+void TestPluginEntry::metacastOfNullName()
+{
+    QObject *object = instance();
+    QCOMPARE(object->qt_metacast(nullptr), nullptr);
+    // The plug-in interface is a virtual base: reaching it moves the pointer.
+    QVERIFY(static_cast<void *>(qobject_cast<BasicPlugin *>(object)) != static_cast<void *>(object));
+}
+
+void TestPluginEntry::registrationsFollowTheHookTable_data()
+{
+    addHookTable();
+}
+
+void TestPluginEntry::registrationsFollowTheHookTable()
+{
+    QFETCH(int, row);
+    QFETCH(int, context);
+    QFETCH(int, actionType);
+    QFETCH(int, order);
+    QFETCH(int, priority);
+    BasicPlugin *plugin = initialisedPlugin();
+    QVERIFY(plugin);
+    const auto triggers = plugin->triggers();
+    QCOMPARE(triggers.size(), 9);
+    const ActionTrigger &trigger = triggers.at(row - 1).trigger;
+    QCOMPARE(int(trigger.context()), context);
+    QCOMPARE(int(trigger.actionType()), actionType);
+    QCOMPARE(int(trigger.order()), order);
+    QCOMPARE(int(trigger.priority()), priority);
+    QCOMPARE(int(trigger.result()), 0);
+}
+
+void TestPluginEntry::handlerChoosesBackReasons()
+{
+    BasicPlugin *plugin = initialisedPlugin();
+    QVERIFY(plugin);
+    const auto handlers = plugin->handlers();
+    QCOMPARE(handlers.size(), 1);
+    QCOMPARE(int(handlers.first().context()), 6);
+    QCOMPARE(int(handlers.first().actionType()), 7);
+    QVERIFY(handlers.first().replacesHost());
+}
+
+void TestPluginEntry::returnHooksOffForSaleDocument_data()
+{
+    addHookTable();
+}
+
+void TestPluginEntry::returnHooksOffForSaleDocument()
+{
+    QFETCH(int, row);
+    QFETCH(bool, returnsOnly);
+    BasicPlugin *plugin = initialisedPlugin();
+    QVERIFY(plugin);
+    auto *loyaltySystem = qobject_cast<BasicLoyaltySystem *>(m_instance);
+    QVERIFY(loyaltySystem);
+    const auto sale = QSharedPointer<AbstractDocument>::create(EDocumentType::Sale);
+    loyaltySystem->setDocument(sale);
+    QCOMPARE(plugin->isTriggerEnabled(plugin->triggers().at(row - 1).id), !returnsOnly);
+}
+
+void TestPluginEntry::formsInResources()
+{
+    QVERIFY(QFile::exists(QStringLiteral(":/qt/qml/Tessaro/Returns/InputInvoiceInfo.qml")));
+    QVERIFY(QFile::exists(QStringLiteral(":/qt/qml/Tessaro/Returns/qmldir")));
+}
+
+QTEST_GUILESS_MAIN(TestPluginEntry)
+#include "tst_pluginentry.moc"
