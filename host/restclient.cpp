@@ -257,7 +257,7 @@ QString RestClient::Private::loggedUrl(const QUrl &url) const
 void RestClient::Private::logRequest(const QUrl &url, const QByteArray &body,
                                      const Headers &headers) const
 {
-    if (!logger)
+    if (!logger || !logger->isDebugEnabled())
         return;
     QStringList lines;
     for (auto it = headers.cbegin(); it != headers.cend(); ++it)
@@ -270,6 +270,8 @@ void RestClient::Private::logRequest(const QUrl &url, const QByteArray &body,
 
 void RestClient::Private::logResponse(const QByteArrayList &headerLines, const QByteArray &body) const
 {
+    if (!logger->isDebugEnabled())
+        return;
     QStringList lines;
     for (const QByteArray &line : headerLines)
         lines.append(mask.headerLine(QString::fromUtf8(line)));
