@@ -3,14 +3,23 @@
 #include "dao.h"
 #include "gate.h"
 #include "responses/connectionerrorexception.h"
+#include "responses/rounding.h"
+#include "responses/traceability.h"
 
+#include <abstractdocument.h>
+#include <basicexception.h>
 #include <cashdrawer.h>
 #include <config.h>
+#include <dialog.h>
+#include <documentcardrecord.h>
 #include <frcollection.h>
+#include <goodsitem.h>
 #include <log4qt/logmanager.h>
 #include <mockfactory.h>
+#include <moneyitem.h>
 #include <restclient.h>
 #include <session.h>
+#include <simpleformatter.h>
 #include <singleton.h>
 #include <user.h>
 
@@ -109,6 +118,70 @@ QList<int> readIntegers(const QString &key)
     for (const QString &value : values)
         result << value.toInt();
     return result;
+}
+
+// The host's card type of the service's loyalty cards.
+constexpr int loyaltyCardType = 27;
+
+// The cart's lines as the service sent them, for comparing two states of a cart.
+QList<QJsonObject> lineObjects(const CartUpdateResponse &cart)
+{
+    QList<QJsonObject> lines;
+    const QList<Item> items = cart.items();
+    for (const Item &item : items)
+        lines << item.json();
+    return lines;
+}
+
+// The scanner's group separator (GS, code 29) as the service wants it written.
+QString withVisibleSeparators(QString text)
+{
+    return text.replace(QChar(29), QLatin1String("[1d]"));
+}
+
+// The fields of a traceability record that the service takes, each only when set.
+QJsonObject traceabilityObject(const orvel::Traceability &record)
+{
+    const QList<QPair<const char *, QString>> fields{
+        {"cdn", record.cdn},
+        {"fz1162Field", record.fz1162Field},
+        {"alcoMarkField", record.alcoMarkField},
+        {"barcodeField", record.barcodeField},
+        {"serialNumber", record.serialNumber},
+        {"lotNumber", record.lotNumber},
+    };
+    QJsonObject object;
+    for (const auto &field : fields) {
+        if (!field.second.isEmpty())
+            object.insert(QLatin1String(field.first), field.second);
+    }
+    return object;
+}
+
+// \a text without any of \a characters.
+QString withoutCharacters(QString text, const QString &characters)
+{
+    for (const QChar character : characters)
+        text.remove(character);
+    return text;
+}
+
+// The host's discount mode of a receipt's rounding.
+constexpr int roundingDiscountMode = 11;
+
+// What the receipt was rounded by: its rounding discounts and its own rounding.
+double roundingTotal(const AbstractDocument &document)
+{
+    double total = document.getRoundingSum();
+    const QList<QSharedPointer<DocumentImpact>> impacts = document.getImpacts();
+    for (const QSharedPointer<DocumentImpact> &impact : impacts) {
+        const QList<DocumentImpactDetail> details = impact->getTotals();
+        for (const DocumentImpactDetail &detail : details) {
+            if (detail.checkDiscountMode({roundingDiscountMode}))
+                total += detail.getDiscountSum();
+        }
+    }
+    return total;
 }
 
 } // namespace
@@ -364,6 +437,357 @@ void Interface::readGateSettings()
         useTokenAuth = false;
         logger->info(QStringLiteral("Используется OrvelGate"));
     }
+}
+
+QString Interface::getCardBarcode(const QString &card)
+{
+    if (card.size() != 18)
+        return card;
+    const QString tail = card.right(13);
+    const QString barcode = tail.left(3) + tail.right(8);
+    logger->info(QStringLiteral("Вместо номера карты используются номер ТКД: %1").arg(barcode));
+    return barcode;
+}
+
+CartCreateResponse Interface::cartCreate()
+{
+    logger->info(QStringLiteral("Инициализация корзины"));
+    lastCart.reset();
+    return CartCreateResponse(send(getUrl(CartCreate, QString()), tillFields(), getHeaders(QString())));
+}
+
+AddCustomerResponse Interface::addCustomer(const QString &cartUuid, const QString &card)
+{
+    logger->info(QStringLiteral("Добавление клиента '%1'").arg(card));
+    const QJsonObject body{{QStringLiteral("cardBarcode"), getCardBarcode(card)}};
+    return AddCustomerResponse(send(getUrl(AddCustomer, cartUuid), body, getHeaders(QString())));
+}
+
+CartUpdateResponse Interface::cartContent(const QString &cartUuid)
+{
+    return CartUpdateResponse(request(getUrl(Cart, cartUuid), getHeaders(QString())));
+}
+
+QSharedPointer<DocumentCardRecord> Interface::getCard()
+{
+    const QSharedPointer<AbstractDocument> document = Singleton<Session>::instance()->getCurrentDocument();
+    return document ? document->getCardRecord(loyaltyCardType) : nullptr;
+}
+
+CartUpdateResponse Interface::updateCart(const QString &cartUuid, const QJsonObject &body)
+{
+    bool retrying = false;
+    for (;;) {
+        try {
+            const CartUpdateResponse reply(send(getUrl(CartUpdate, cartUuid), body, getHeaders(QString())));
+            // A resent update that the service calls a conflict (3001) may have
+            // reached it after all: the cart read back decides.
+            if (!retrying || reply.status() != Response::CartUpdateConflict)
+                return acceptCart(reply);
+        } catch (const ConnectionErrorException &error) {
+            logger->error(error.tr().text());
+        }
+        const CartUpdateResponse current = readCartBack(cartUuid);
+        if (updateApplied(current))
+            return acceptCart(current);
+        retrying = true;
+    }
+}
+
+CartUpdateResponse Interface::readCartBack(const QString &cartUuid)
+{
+    for (;;) {
+        try {
+            return cartContent(cartUuid);
+        } catch (const ConnectionErrorException &error) {
+            logger->error(error.tr().text());
+            MockFactory<Dialog>::create()->showMessage(error.tr(), Dialog::Error, 0);
+        }
+    }
+}
+
+bool Interface::updateApplied(const CartUpdateResponse &current) const
+{
+    if (!lastCart)
+        return !current.items().isEmpty();
+    return lineObjects(current) != lineObjects(*lastCart);
+}
+
+CartUpdateResponse Interface::acceptCart(const CartUpdateResponse &cart)
+{
+    lastCart = cart;
+    // The document may carry no loyalty card (no customer on the receipt):
+    // then there is no points limit to set.
+    if (const QSharedPointer<DocumentCardRecord> card = getCard())
+        card->setMaxPointsForSpend(cart.pointsToRredeem());
+    return cart;
+}
+
+CartUpdateResponse Interface::addCouponToCart(const QString &cartUuid, const QString &coupon, bool validate)
+{
+    logger->info(QStringLiteral("Добавление купона '%1' в корзину '%2'").arg(coupon, cartUuid));
+    const bool matches = checkValidationCouponMask(coupon);
+    if (matches && !validate)
+        logger->warn(QStringLiteral("Добавление купона в корзину без валидации"));
+    const QJsonObject body{{QStringLiteral("coupon"), QJsonObject{{QStringLiteral("number"), coupon},
+                                                                   {QStringLiteral("validationCoupon"), matches && validate}}}};
+    return updateCart(cartUuid, body);
+}
+
+CartUpdateResponse Interface::deleteCoupon(const QString &cartUuid, const QString &coupon)
+{
+    logger->info(QStringLiteral("Удаление купона '%1' из корзины '%2'").arg(coupon, cartUuid));
+    const QJsonObject body{{QStringLiteral("coupon"), QJsonObject{{QStringLiteral("number"), coupon},
+                                                                   {QStringLiteral("validationCoupon"), false},
+                                                                   {QStringLiteral("isDeleted"), true}}}};
+    return updateCart(cartUuid, body);
+}
+
+bool Interface::checkValidationCouponMask(const QString &coupon) const
+{
+    // An empty pattern would match every number, yet it means "validate none".
+    return !validationCouponMask.pattern().isEmpty() && validationCouponMask.match(coupon).hasMatch();
+}
+
+CartUpdateResponse Interface::addItemToCart(const QString &cartUuid, const QSharedPointer<GoodsItem> &goodsItem,
+                                            PositionData &positionData, bool checkBlock)
+{
+    logger->info(QStringLiteral("Добавление позиции в корзину '%1'").arg(cartUuid));
+    QJsonObject body{{QStringLiteral("item"), itemObject(*goodsItem, positionData, checkBlock)}};
+    const QJsonObject coupon = getCoupon(goodsItem);
+    if (!coupon.isEmpty())
+        body.insert(QStringLiteral("coupon"), coupon);
+    return updateCart(cartUuid, body);
+}
+
+QJsonObject Interface::itemObject(const GoodsItem &goodsItem, PositionData &positionData, bool checkBlock) const
+{
+    QJsonObject item{{QStringLiteral("checkBlock"), checkBlock}};
+    if (!positionData.blockActorCode.isEmpty())
+        item.insert(QStringLiteral("blockedItemAutorizationOperatorID"), positionData.blockActorCode);
+    item.insert(QStringLiteral("barcode"), goodsItem.getBarcode());
+
+    const bool byInputType5 = goodsItem.checkInputType({GoodsItem::ByCode});
+    const QString exciseEan = goodsItem.getAdditionalData(additionalDataSection, QStringLiteral("ean")).toString();
+    bool settleReason = true;
+    if (!exciseEan.isEmpty()) {
+        logger->info(QStringLiteral("Для добавления позиции используется EAN от Excise: '%1'").arg(exciseEan));
+        item.insert(QStringLiteral("barcode"), exciseEan);
+    } else {
+        const QSharedPointer<Tmc> article = goodsItem.getTmc();
+        settleReason = (article && article->checkGetMethod(Tmc::ByCode)) || byInputType5;
+        if (settleReason) {
+            logger->info(QStringLiteral("Для добавления позиции используется код товара"));
+            item.remove(QStringLiteral("barcode"));
+            item.insert(QStringLiteral("subsysNo"), goodsItem.getCode());
+        }
+    }
+    if (settleReason) {
+        const int reason = settleEanReason(goodsItem, positionData);
+        if (reason >= 0) {
+            item.insert(QStringLiteral("eanReasonCode"), reason);
+            positionData.eanReason = reason;
+        }
+    }
+
+    item.insert(QStringLiteral("quantity"), goodsItem.getQuantity());
+    QString scannerInput = withVisibleSeparators(goodsItem.getInputRawData());
+    if (scannerInput.isEmpty())
+        scannerInput = withVisibleSeparators(goodsItem.getExciseMark());
+    if (scannerInput.isEmpty())
+        scannerInput = goodsItem.getBarcode();
+    item.insert(QStringLiteral("scanerInput"), scannerInput);
+
+    const orvel::Traceability record =
+        goodsItem.getAdditionalData(additionalDataSection, QStringLiteral("traceability")).value<orvel::Traceability>();
+    const QJsonObject traceability = traceabilityObject(record);
+    if (!traceability.isEmpty())
+        item.insert(QStringLiteral("traceability"), traceability);
+    return item;
+}
+
+int Interface::settleEanReason(const GoodsItem &goodsItem, const PositionData &positionData) const
+{
+    if (goodsItem.checkInputType({GoodsItem::ByCode}))
+        return getOnlineCheckEanReasonCode();
+    // A reason settled for this position before is not asked for again.
+    if (positionData.eanReason >= 0)
+        return positionData.eanReason;
+    if (goodsItem.getBcodeMode() == 1)
+        return getEanReasonCode();
+    return -1;
+}
+
+int Interface::getOnlineCheckEanReasonCode() const
+{
+    return config()->getInt(QStringLiteral("Tessaro:onlineCheckEanReasonCode"), -1);
+}
+
+int Interface::getEanReasonCode() const
+{
+    // Without configured reasons the service's reason 9 applies.
+    if (eanReasons.isEmpty())
+        return 9;
+    if (eanReasons.size() == 1)
+        return eanReasons.firstKey();
+    QStringList texts;
+    for (const QStringList &text : eanReasons)
+        texts << text.join(QStringLiteral(", "));
+    const int index = MockFactory<Dialog>::create()->showChoice(
+        tr::Tr(QStringLiteral("tessaroEanReasonChoice"), QStringLiteral("Выбор причины добавления товара по коду")), texts);
+    // Cancelling ends the addition of the position; the cashier needs no message for it.
+    if (index < 0 || index >= eanReasons.size())
+        throw BasicException(tr::Tr());
+    return eanReasons.keys().at(index);
+}
+
+QJsonObject Interface::getCoupon(const QSharedPointer<GoodsItem> &goodsItem) const
+{
+    const QString number = goodsItem->getAdditionalData(additionalDataSection, QStringLiteral("coupon")).toString();
+    if (number.isEmpty())
+        return {};
+    return {{QStringLiteral("number"), number},
+            {QStringLiteral("validationCoupon"), config()->getBool(QStringLiteral("Tessaro:validationCoupon"), false)}};
+}
+
+CartUpdateResponse Interface::quantityOverwrite(const QString &cartUuid, int sequenceNumber, double quantity,
+                                                DeleteReason deleteReason)
+{
+    if (quantity >= 0.0005)
+        logger->info(QStringLiteral("Установка количества %2 в позицию '%1'")
+                         .arg(QString::number(sequenceNumber), QString::number(quantity, 'f', 3)));
+    else
+        logger->info(QStringLiteral("Удаление позиции '%1' из корзины").arg(sequenceNumber));
+    QJsonObject change{{QStringLiteral("sequenceNumber"), sequenceNumber}, {QStringLiteral("quantity"), quantity}};
+    if (deleteReason != NoDeleteReason)
+        change.insert(QStringLiteral("deleteReason"), int(deleteReason));
+    return updateCart(cartUuid, {{QStringLiteral("quantityOverwrite"), change}});
+}
+
+CartUpdateResponse Interface::priceOverwrite(const QString &cartUuid, int sequenceNumber, double price, int reasonCode,
+                                             const QSharedPointer<User> &user, double quantity)
+{
+    const QSharedPointer<SimpleProgress> progress = MockFactory<Dialog>::create()->showProgress(
+        tr::Tr(QStringLiteral("tessaroProgress"), QStringLiteral("Обращение к сервису Tessaro")));
+    QJsonObject change{{QStringLiteral("sequenceNumber"), sequenceNumber},
+                       {QStringLiteral("priceGross"), price},
+                       {QStringLiteral("reasonCode"), reasonCode},
+                       {QStringLiteral("operatorID"), operatorCode(user).toInt()}};
+    if (quantity > 0.0005)
+        change.insert(QStringLiteral("qty"), quantity);
+    return CartUpdateResponse(send(getUrl(CartUpdate, cartUuid), {{QStringLiteral("priceOverwrite"), change}},
+                                   getHeaders(QString())));
+}
+
+CartStatusResponse Interface::setCartStatusPaid(const QString &cartUuid)
+{
+    logger->info(QStringLiteral("Изменение статуса корзины '%1' на PAID").arg(cartUuid));
+    return CartStatusResponse(send(getUrl(CartStatus, cartUuid), generatePayloadCartStatusPaid(), getHeaders(QString())));
+}
+
+CartStatusResponse Interface::setCartStatusCancelled(const QString &cartUuid)
+{
+    logger->info(QStringLiteral("Изменение статуса корзины '%1' на CANCELLED").arg(cartUuid));
+    return CartStatusResponse(send(getUrl(CartStatus, cartUuid), {{QStringLiteral("status"), QStringLiteral("CANCELLED")}},
+                                   getHeaders(QString())));
+}
+
+QJsonObject Interface::generatePayloadCartStatusPaid()
+{
+    const QSharedPointer<AbstractDocument> document = Singleton<Session>::instance()->getCurrentDocument();
+    QJsonArray payments;
+    QJsonObject cash;
+    double cashSum = 0.0;
+    const QList<QSharedPointer<MoneyItem>> moneyItems = document ? document->getMoneyItems() : QList<QSharedPointer<MoneyItem>>();
+    for (const QSharedPointer<MoneyItem> &moneyItem : moneyItems) {
+        const QJsonObject payment = paymentObject(moneyItem);
+        // All cash goes as one line, carrying the fields of the last cash payment.
+        if (moneyItem->getValutType() == MoneyItem::Cash && !moneyItem->isChange()) {
+            cashSum += moneyItem->getAmount();
+            cash = payment;
+        } else {
+            payments.append(payment);
+        }
+    }
+    if (!cash.isEmpty()) {
+        const double rounding = roundingTotal(*document);
+        if (rounding > 0.005)
+            cash.insert(QStringLiteral("paymentRoundingAmount"), roundToHundredths(rounding));
+        cash.insert(QStringLiteral("paymentAmount"), roundToHundredths(cashSum));
+        payments.append(cash);
+    }
+    return {{QStringLiteral("status"), QStringLiteral("PAID")},
+            {QStringLiteral("payment"), payments},
+            {QStringLiteral("fiscalReceiptNumber"), getFiscalNumber()}};
+}
+
+QJsonObject Interface::paymentObject(const QSharedPointer<MoneyItem> &moneyItem) const
+{
+    const int currency = moneyItem->getValCode();
+    const QString operationId = processOperationId(moneyItem);
+    QJsonObject payment{{QStringLiteral("paymentCode"), paymentCodes.value(currency, currency)},
+                        {QStringLiteral("paymentAmount"), moneyItem->isChange() ? -moneyItem->getAmount() : moneyItem->getAmount()}};
+    const QString cardNumber = moneyItem->getCardNum();
+    if (!cardNumber.isEmpty())
+        payment.insert(QStringLiteral("cardNumber"), cardNumber);
+    if (!moneyItem->getCardType().isEmpty())
+        payment.insert(QStringLiteral("cardType"), moneyItem->getCardType());
+    const QString terminal = moneyItem->getTerminalId();
+    payment.insert(QStringLiteral("terminalId"), terminal.isEmpty() ? QStringLiteral("0000000000") : terminal);
+    const QString approval = operationIdAsEFTApprovalCode.contains(currency) ? operationId : moneyItem->getAuthorizationCode();
+    if (!approval.isEmpty())
+        payment.insert(QStringLiteral("EFTApprovalCode"), approval);
+    payment.insert(operationIdAsCardNumber.contains(currency) ? QStringLiteral("cardNumber") : QStringLiteral("receiptNumber"),
+                   operationId);
+    if (!moneyItem->getValName().isEmpty())
+        payment.insert(QStringLiteral("mediaDesc"), moneyItem->getValName());
+    // A masked number ("******1234") tells nothing of the card's issuer.
+    const QString pan = cardNumber.left(6);
+    payment.insert(QStringLiteral("PANCardIdentifier"), withoutCharacters(pan, QStringLiteral("*")).isEmpty() ? QString() : pan);
+    const QMap<QString, QString> customFields = getCustomFields(moneyItem);
+    for (auto field = customFields.cbegin(); field != customFields.cend(); ++field)
+        payment.insert(field.key(), field.value());
+    const QStringList discarded = discardPaymentFields.value(currency);
+    for (const QString &field : discarded)
+        payment.remove(field);
+    return payment;
+}
+
+QString Interface::processOperationId(const QSharedPointer<MoneyItem> &moneyItem) const
+{
+    const QString section = QStringLiteral("Tessaro.ReceiptNumber.%1").arg(moneyItem->getValCode());
+    const QString id = withoutCharacters(moneyItem->getOperationId(), config()->getString(section + QStringLiteral(":symbolsToRemove")));
+    const QRegularExpression mask(QRegularExpression::anchoredPattern(
+        config()->getString(section + QStringLiteral(":mask"), QStringLiteral("^(?<result>.*)"))));
+    const QRegularExpressionMatch match = mask.match(id);
+    return match.hasMatch() ? match.captured(QStringLiteral("result")) : id;
+}
+
+QMap<QString, QString> Interface::getCustomFields(const QSharedPointer<MoneyItem> &moneyItem) const
+{
+    const QString currency = QString::number(moneyItem->getValCode());
+    const QString group = QStringLiteral("Tessaro.CustomFields.") + currency;
+    const QSharedPointer<SimpleFormatter> formatter = MockFactory<SimpleFormatter>::create();
+    QMap<QString, QString> fields;
+    const QStringList names = config()->keys(group);
+    for (const QString &name : names) {
+        const QString text = formatter->format(config()->getString(group + QLatin1Char(':') + name), name, moneyItem.data());
+        const QString removed = config()->getString(QStringLiteral("Tessaro.%1.%2:symbolsToRemove").arg(name, currency));
+        fields.insert(name, withoutCharacters(text, removed));
+    }
+    return fields;
+}
+
+PayloadResponse Interface::payload(const QString &id)
+{
+    logger->info(QStringLiteral("Получение payload для MIP"));
+    return PayloadResponse(request(getUrl(Payload, id), getHeaders(QString())));
+}
+
+MessagesResponse Interface::messages(const QString &id)
+{
+    logger->info(QStringLiteral("Получение информационных сообщений"));
+    return MessagesResponse(request(getUrl(Messages, id), getHeaders(QString())));
 }
 
 } // namespace tessaro

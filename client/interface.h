@@ -1,5 +1,12 @@
 #pragma once
 
+#include "responses/addcustomerresponse.h"
+#include "responses/cartcreateresponse.h"
+#include "responses/cartstatusresponse.h"
+#include "responses/cartupdateresponse.h"
+#include "responses/messagesresponse.h"
+#include "responses/payloadresponse.h"
+#include "responses/positiondata.h"
 #include "responses/response.h"
 
 #include <edocumenttype.h>
@@ -14,6 +21,11 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <optional>
+
+class DocumentCardRecord;
+class GoodsItem;
+class MoneyItem;
 class RestClient;
 class User;
 
@@ -101,6 +113,92 @@ public:
     /// The shift's payment totals per service payment code.
     virtual QJsonArray getShiftPayments() const;
 
+    // Cart lifecycle and customer
+
+    /// The service's barcode form of an 18-character card number: of its last
+    /// 13 characters the first 3 and the last 8. Other lengths stay as they are.
+    virtual QString getCardBarcode(const QString &card);
+    /// Creates a cart for this store and till; forgets the last confirmed cart.
+    virtual CartCreateResponse cartCreate();
+    /// Attaches the customer with \a card to the cart.
+    virtual AddCustomerResponse addCustomer(const QString &cartUuid, const QString &card);
+    /// Reads the cart back as the service holds it.
+    virtual CartUpdateResponse cartContent(const QString &cartUuid);
+    /// The current document's loyalty card record (card type 27); null when
+    /// there is no document or no such card.
+    virtual QSharedPointer<DocumentCardRecord> getCard();
+    /// Sends a changed cart. When the connection breaks, reads the cart back
+    /// until the service answers and resends only an update that did not reach
+    /// it, so an update is neither lost nor doubled. The accepted reply, an
+    /// error reply included, becomes the last confirmed cart, and its points
+    /// limit goes to the card record.
+    virtual CartUpdateResponse updateCart(const QString &cartUuid, const QJsonObject &body);
+
+    // Coupons
+
+    /// Adds \a coupon to the cart; the service validates it when \a validate
+    /// and the mask (checkValidationCouponMask()) both ask for it.
+    virtual CartUpdateResponse addCouponToCart(const QString &cartUuid, const QString &coupon, bool validate);
+    /// Removes \a coupon from the cart.
+    virtual CartUpdateResponse deleteCoupon(const QString &cartUuid, const QString &coupon);
+    /// Whether the service is to validate \a coupon: the configured mask is not
+    /// empty and matches somewhere in it.
+    bool checkValidationCouponMask(const QString &coupon) const;
+
+    // Cart items
+
+    /// The service's reasons for a quantity change; the numbers are sent as they stand.
+    enum DeleteReason {
+        NoDeleteReason = 0,
+    };
+
+    /// Puts \a goodsItem on the cart. Settles the reason for an entry by code
+    /// (asking the cashier when the configuration leaves a choice) and keeps it
+    /// in \a positionData for the next request on the same position.
+    virtual CartUpdateResponse addItemToCart(const QString &cartUuid, const QSharedPointer<GoodsItem> &goodsItem,
+                                             PositionData &positionData, bool checkBlock);
+    /// "Tessaro:onlineCheckEanReasonCode"; -1 (none) when not set.
+    int getOnlineCheckEanReasonCode() const;
+    /// The reason for an entry by code: 9 with no reasons configured, the only
+    /// one without asking, otherwise the cashier's choice. Throws an empty
+    /// BasicException when the cashier cancels.
+    int getEanReasonCode() const;
+    /// The coupon that travels with \a goodsItem; empty when it carries none.
+    QJsonObject getCoupon(const QSharedPointer<GoodsItem> &goodsItem) const;
+    /// Sets the quantity of a cart line; a quantity below 0.0005 removes it,
+    /// which the service accepts only with a \a deleteReason (sent unless it
+    /// is NoDeleteReason).
+    virtual CartUpdateResponse quantityOverwrite(const QString &cartUuid, int sequenceNumber, double quantity,
+                                                 DeleteReason deleteReason);
+    /// Sets a manual gross price of a cart line, authorised by \a user. Sent
+    /// once: no recovery, and the last confirmed cart stays as it is.
+    virtual CartUpdateResponse priceOverwrite(const QString &cartUuid, int sequenceNumber, double price,
+                                              int reasonCode, const QSharedPointer<User> &user, double quantity);
+
+    // Cart status
+
+    /// Marks the cart paid with the current document's payments.
+    virtual CartStatusResponse setCartStatusPaid(const QString &cartUuid);
+    /// Marks the cart cancelled.
+    virtual CartStatusResponse setCartStatusCancelled(const QString &cartUuid);
+    /// The PAID body for the current document: its non-cash payments in order,
+    /// then all cash as one line with the receipt's rounding, and the fiscal
+    /// receipt number.
+    QJsonObject generatePayloadCartStatusPaid();
+    /// The payment's operation id with the currency's configured characters
+    /// removed and cut by its mask ("Tessaro.ReceiptNumber.<currency>").
+    QString processOperationId(const QSharedPointer<MoneyItem> &moneyItem) const;
+    /// The currency's extra payment fields ("Tessaro.CustomFields.<currency>"),
+    /// each template filled from the payment.
+    QMap<QString, QString> getCustomFields(const QSharedPointer<MoneyItem> &moneyItem) const;
+
+    // Payload and messages
+
+    /// The payload the service prepared for the receipt \a id.
+    virtual PayloadResponse payload(const QString &id);
+    /// The service's messages for the cashier about \a id.
+    virtual MessagesResponse messages(const QString &id);
+
     // Settings, as read at construction
 
     QUrl serviceUrl() const { return url; }
@@ -154,11 +252,27 @@ protected:
     /// A token was just fetched to repeat a request; cleared by the next
     /// answer that is not a token error.
     bool tokenRetried = false;
+    /// The last cart state the service confirmed to updateCart(); empty after
+    /// construction and after each cartCreate().
+    std::optional<CartUpdateResponse> lastCart;
 
 private:
     Response retryWithNewToken(const QUrl &url, const QJsonObject &body, const Response &failed);
     /// "storeNo" and "tillNo", with which every till operation starts.
     QJsonObject tillFields() const;
+    /// cartContent() until the service answers, telling the cashier of every failed attempt.
+    CartUpdateResponse readCartBack(const QString &cartUuid);
+    /// Whether the update whose answer was lost reached the service, judged by
+    /// the cart read back against the last confirmed one.
+    bool updateApplied(const CartUpdateResponse &current) const;
+    /// Keeps \a cart as the last confirmed one and hands its points limit to the card record.
+    CartUpdateResponse acceptCart(const CartUpdateResponse &cart);
+    /// The "item" object of addItemToCart(); settles the EAN reason into \a positionData.
+    QJsonObject itemObject(const GoodsItem &goodsItem, PositionData &positionData, bool checkBlock) const;
+    /// The EAN reason of an item that goes by article code or excise EAN; negative for none.
+    int settleEanReason(const GoodsItem &goodsItem, const PositionData &positionData) const;
+    /// One payment of the PAID body, without the cash folding.
+    QJsonObject paymentObject(const QSharedPointer<MoneyItem> &moneyItem) const;
 };
 
 } // namespace tessaro

@@ -18,4 +18,9 @@ public:
     /// The slot of \a kind for the type named \a typeName (its typeid name).
     /// References stay valid for the life of the process.
     static std::shared_ptr<void> &slot(Kind kind, const char *typeName);
+
+    /// Destroys every singleton and drops every factory substitute, of the
+    /// host's types and the plug-ins' alike: the process starts over as a
+    /// fresh host (a restart of the till, the next test).
+    static void resetAll();
 };

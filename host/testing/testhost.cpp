@@ -1,22 +1,10 @@
 #include "testhost.h"
 
-#include "../actionqueuecontroller.h"
-#include "../cashdrawer.h"
 #include "../config.h"
-#include "../contextmanager.h"
-#include "../dictionariesdao.h"
-#include "../documentfacade.h"
-#include "../documentlogic.h"
-#include "../documentsdao.h"
-#include "../frcollection.h"
+#include "../hostobjects.h"
 #include "../mockfactory.h"
-#include "../qml/qmlbasedgui.h"
-#include "../restclient.h"
-#include "../savetofilelogic.h"
 #include "../session.h"
-#include "../simpleformatter.h"
 #include "../singleton.h"
-#include "../valutcollection.h"
 
 #include <QFile>
 
@@ -58,21 +46,5 @@ QString TestHost::configFile() const
 
 void TestHost::reset()
 {
-    Singleton<Session>::reset();
-    Singleton<DocumentsDao>::reset();
-    Singleton<Config>::reset();
-    Singleton<ActionQueueController>::reset();
-    Singleton<ContextManager>::reset();
-    Singleton<DictionariesDao>::reset();
-    Singleton<DocumentFacade>::reset();
-    Singleton<ValutCollection>::reset();
-    Singleton<FrCollection>::reset();
-    Singleton<qml::QmlBasedGui>::reset();
-    MockFactory<Dialog>::clearCreator();
-    MockFactory<CurrentTime>::clearCreator();
-    MockFactory<RestClient>::clearCreator();
-    MockFactory<DocumentLogic>::clearCreator();
-    MockFactory<SaveToFileLogic>::clearCreator();
-    MockFactory<SimpleFormatter>::clearCreator();
-    MockFactory<CashDrawer>::clearCreator();
+    HostObjects::resetAll();
 }

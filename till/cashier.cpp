@@ -1,0 +1,7 @@
+#include "cashier.h"
+
+namespace till {
+
+Cashier::~Cashier() = default;
+
+} // namespace till

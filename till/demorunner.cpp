@@ -1,0 +1,121 @@
+#include "demorunner.h"
+
+#include "reportwriter.h"
+#include "scenarioparser.h"
+#include "scenariorunner.h"
+#include "tilldatafolder.h"
+
+#include <emulator/emulator.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+namespace till {
+
+namespace {
+
+QByteArray resource(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+QList<DemoRunner::Play> DemoRunner::bundled()
+{
+    QList<Play> plays;
+    const QDir folder(QStringLiteral(":/scenarios"));
+    for (const QString &name : folder.entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name)) {
+        plays << Play{QFileInfo(name).completeBaseName(), resource(folder.filePath(name)),
+                      resource(folder.filePath(QStringLiteral("emulator/") + name))};
+    }
+    return plays;
+}
+
+bool DemoRunner::play(const Play &play, const QString &folder, const QString &pluginFolder, Report *report, QString *error,
+                      const std::function<void(const ActionRecord &, int)> &onRecord)
+{
+    ScenarioParser parser(play.name);
+    const std::optional<Scenario> scenario = parser.parse(play.scenario);
+    if (!scenario) {
+        *error = parser.error().toString();
+        return false;
+    }
+    std::optional<tessaro::emulator::EmulatorSettings> settings = tessaro::emulator::EmulatorSettings();
+    if (!play.emulatorSettings.isEmpty()) {
+        settings = tessaro::emulator::EmulatorSettings::fromJson(QJsonDocument::fromJson(play.emulatorSettings).object(), error);
+        if (!settings)
+            return false;
+    }
+    tessaro::emulator::Emulator emulator(*settings);
+    if (emulator.startInThread(0) == 0) {
+        *error = QStringLiteral("the emulator cannot listen on the loopback interface");
+        return false;
+    }
+    const TillDataFolder till(folder);
+    if (!till.create(emulator.baseUrl().toString(), emulator.tokenUrl().toString(), error))
+        return false;
+
+    ScenarioRunner::Options options;
+    options.pluginFolder = pluginFolder;
+    options.onRecord = onRecord;
+    ScenarioRunner runner(till, *scenario, play.scenario, play.name);
+    if (!runner.run(options, report, error))
+        return false;
+
+    int recorded = 0;
+    for (const ActionRecord &record : std::as_const(report->actions))
+        recorded += int(record.requests.size());
+    const int journal = emulator.journal().size();
+    if (journal != recorded)
+        report->failures << QStringLiteral("the emulator's journal holds %1 request(s), the till recorded %2").arg(journal).arg(recorded);
+    return true;
+}
+
+DemoRunner::DemoRunner(QTextStream *out)
+    : m_out(out)
+{
+}
+
+int DemoRunner::run(const QString &pluginFolder, const QString &keepFolder)
+{
+    QTemporaryDir temporary;
+    const QDir base(keepFolder.isEmpty() ? temporary.path() : keepFolder);
+    const QList<Play> plays = bundled();
+    *m_out << QStringLiteral("tessaro-till demo: %1 scenarios, each on a new till against the Tessaro service emulator").arg(plays.size())
+           << Qt::endl;
+    *m_out << QStringLiteral("plug-in folder: %1").arg(pluginFolder) << Qt::endl;
+
+    QStringList summary;
+    int passed = 0;
+    for (const Play &play : plays) {
+        *m_out << Qt::endl << QStringLiteral("== %1").arg(play.name) << Qt::endl;
+        Report report;
+        QString error;
+        const bool ran = DemoRunner::play(play, base.filePath(play.name), pluginFolder, &report, &error,
+                                          [this](const ActionRecord &record, int count) {
+                                              *m_out << QStringLiteral("  ") << ReportWriter::progressLine(record, count) << Qt::endl;
+                                              for (const QString &failure : record.failures)
+                                                  *m_out << QStringLiteral("      FAILED  ") << failure << Qt::endl;
+                                          });
+        const QStringList failures = ran ? report.failures : QStringList{error};
+        for (const QString &failure : failures)
+            *m_out << QStringLiteral("  FAILED  ") << failure << Qt::endl;
+        const bool ok = ran && report.passed();
+        passed += ok ? 1 : 0;
+        summary << QStringLiteral("  %1  %2 — %3").arg(ok ? QStringLiteral("passed") : QStringLiteral("FAILED"), play.name,
+                                                        ran ? report.scenario : error);
+    }
+    *m_out << Qt::endl << QStringLiteral("Summary:") << Qt::endl << summary.join(QLatin1Char('\n')) << Qt::endl;
+    if (!keepFolder.isEmpty())
+        *m_out << QStringLiteral("The tills are kept in %1; tessaro-till shell --data <folder> opens one.").arg(base.path()) << Qt::endl;
+    *m_out << QStringLiteral("%1 passed, %2 failed").arg(passed).arg(plays.size() - passed) << Qt::endl;
+    return passed == plays.size() ? 0 : 1;
+}
+
+} // namespace till

@@ -1,0 +1,58 @@
+#include "pluginhost.h"
+
+#include <basicloyaltysystem.h>
+#include <basicplugin.h>
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace till {
+
+QString PluginHost::libraryName()
+{
+    return QStringLiteral("libtessaroback.so");
+}
+
+PluginHost::PluginHost() = default;
+
+PluginHost::~PluginHost() = default;
+
+bool PluginHost::load(const QString &folder, QString *error)
+{
+    const QString path = QDir(folder).filePath(libraryName());
+    if (!QFileInfo::exists(path)) {
+        if (error)
+            *error = QStringLiteral("no plug-in %1 in %2").arg(libraryName(), QDir(folder).absolutePath());
+        return false;
+    }
+    m_loader = std::make_unique<QPluginLoader>(path);
+    m_object = m_loader->instance();
+    if (!m_object) {
+        if (error)
+            *error = QStringLiteral("cannot load %1: %2").arg(path, m_loader->errorString());
+        return false;
+    }
+    m_plugin = qobject_cast<BasicPlugin *>(m_object);
+    if (!m_plugin) {
+        if (error)
+            *error = QStringLiteral("%1 offers no plug-in interface \"%2\"").arg(path, QLatin1String(BasicPlugin_iid));
+        m_object = nullptr;
+        return false;
+    }
+    m_loyaltySystem = static_cast<BasicLoyaltySystem *>(m_object->qt_metacast("BasicLoyaltySystem"));
+    if (!m_loyaltySystem)
+        m_loyaltySystem = qobject_cast<BasicLoyaltySystem *>(m_object);
+    return true;
+}
+
+QString PluginHost::fileName() const
+{
+    return m_loader ? m_loader->fileName() : QString();
+}
+
+QJsonObject PluginHost::metaData() const
+{
+    return m_loader ? m_loader->metaData() : QJsonObject();
+}
+
+} // namespace till

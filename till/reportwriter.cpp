@@ -1,0 +1,165 @@
+#include "reportwriter.h"
+
+#include "jsonfile.h"
+#include "jsontext.h"
+
+#include <QJsonArray>
+
+namespace till {
+
+namespace {
+
+/// A value as the report shows it; null is a cancelled answer.
+QString compact(const QJsonValue &value)
+{
+    return JsonText::of(value, QStringLiteral("cancelled"), QString());
+}
+
+QString shortened(const QString &text, int length)
+{
+    return text.size() <= length ? text : text.left(length - 1) + QStringLiteral("…");
+}
+
+QString values(const QJsonObject &object)
+{
+    QStringList parts;
+    for (auto it = object.constBegin(); it != object.constEnd(); ++it)
+        parts << QStringLiteral("%1 = %2").arg(it.key(), shortened(compact(it.value()), 70));
+    return parts.join(QStringLiteral("; "));
+}
+
+QString documentType(int type)
+{
+    switch (type) {
+    case 1:
+        return QStringLiteral("sale");
+    case 2:
+        return QStringLiteral("return");
+    case 25:
+        return QStringLiteral("return by sale");
+    default:
+        break;
+    }
+    return QStringLiteral("type %1").arg(type);
+}
+
+} // namespace
+
+QString ReportWriter::progressLine(const ActionRecord &record, int actionCount)
+{
+    QString line = record.type == QLatin1String("start") ? QStringLiteral("[till] %1").arg(record.title)
+                                                         : QStringLiteral("[%1/%2] %3").arg(record.index + 1).arg(actionCount).arg(record.title);
+    if (record.result)
+        line += QStringLiteral(" → %1").arg(*record.result);
+    QStringList counts;
+    if (!record.dialogs.isEmpty())
+        counts << QStringLiteral("%1 dialog(s)").arg(record.dialogs.size());
+    if (!record.requests.isEmpty())
+        counts << QStringLiteral("%1 request(s)").arg(record.requests.size());
+    if (!counts.isEmpty())
+        line += QStringLiteral("  (%1)").arg(counts.join(QStringLiteral(", ")));
+    if (!record.failures.isEmpty())
+        line += QStringLiteral("  FAILED");
+    return line;
+}
+
+QString ReportWriter::details(const ActionRecord &record)
+{
+    QStringList lines;
+    for (const HookStep &step : record.steps) {
+        QString line = QStringLiteral("    %1 %2").arg(step.kind, -7).arg(step.actionType);
+        if (step.triggerId != 0)
+            line += QStringLiteral(" (trigger %1, priority %2)").arg(step.triggerId).arg(step.priority);
+        lines << line + QStringLiteral(" → %1").arg(step.result);
+    }
+    for (const DialogRecord &dialog : record.dialogs) {
+        QString line = QStringLiteral("    %1 %2 \"%3\"").arg(dialog.kind, -8).arg(dialog.id, shortened(dialog.text, 90));
+        if (!dialog.items.isEmpty())
+            line += QStringLiteral(" [%1]").arg(dialog.items.join(QStringLiteral(" | ")));
+        const QString answer = compact(dialog.answer);
+        if (!answer.isEmpty())
+            line += QStringLiteral(" → %1").arg(answer);
+        lines << line;
+    }
+    for (const RequestRecord &request : record.requests) {
+        const QString outcome = request.networkError
+            ? QStringLiteral("no answer (%1)").arg(request.errorText.isEmpty() ? QString::number(request.errorCode) : request.errorText)
+            : QStringLiteral("HTTP %1").arg(request.httpCode);
+        lines << QStringLiteral("    request %1 %2 → %3").arg(request.method, request.path, outcome);
+    }
+    for (const QString &note : record.notes)
+        lines << QStringLiteral("    note    %1").arg(note);
+    for (const QString &failure : record.failures)
+        lines << QStringLiteral("    FAILED  %1").arg(failure);
+    return lines.join(QLatin1Char('\n'));
+}
+
+QString ReportWriter::document(const QString &name, const QJsonObject &snapshot)
+{
+    QStringList lines;
+    lines << QStringLiteral("  %1 (%2, %3, %4)")
+                 .arg(name, snapshot.value(QStringLiteral("id")).toString(),
+                      documentType(snapshot.value(QStringLiteral("type")).toInt()),
+                      snapshot.value(QStringLiteral("closed")).toBool() ? QStringLiteral("closed") : QStringLiteral("open"));
+    const QJsonObject pluginData = snapshot.value(QStringLiteral("pluginData")).toObject();
+    if (!pluginData.isEmpty())
+        lines << QStringLiteral("    plug-in data: %1").arg(values(pluginData));
+    const QJsonObject properties = snapshot.value(QStringLiteral("properties")).toObject();
+    if (!properties.isEmpty())
+        lines << QStringLiteral("    properties:   %1").arg(values(properties));
+    if (!snapshot.value(QStringLiteral("commonReason")).isNull())
+        lines << QStringLiteral("    common reason: %1").arg(compact(snapshot.value(QStringLiteral("commonReason"))));
+    for (const QJsonValue &value : snapshot.value(QStringLiteral("positions")).toArray()) {
+        const QJsonObject position = value.toObject();
+        QString line = QStringLiteral("    position %1: %2 ×%3 at %4")
+                           .arg(position.value(QStringLiteral("posnum")).toInt())
+                           .arg(position.value(QStringLiteral("code")).toString(),
+                                compact(position.value(QStringLiteral("quantity"))),
+                                compact(position.value(QStringLiteral("price"))));
+        const QJsonObject data = position.value(QStringLiteral("data")).toObject();
+        for (auto ns = data.constBegin(); ns != data.constEnd(); ++ns) {
+            const QJsonObject entries = ns.value().toObject();
+            for (auto entry = entries.constBegin(); entry != entries.constEnd(); ++entry)
+                line += QStringLiteral("; %1.%2 = %3").arg(ns.key(), entry.key(), shortened(compact(entry.value()), 50));
+        }
+        lines << line;
+    }
+    QStringList payments;
+    for (const QJsonValue &value : snapshot.value(QStringLiteral("payments")).toArray())
+        payments << QStringLiteral("%1 in %2").arg(compact(value[QStringLiteral("amount")])).arg(value[QStringLiteral("code")].toInt());
+    if (!payments.isEmpty())
+        lines << QStringLiteral("    payments: %1").arg(payments.join(QStringLiteral(", ")));
+    return lines.join(QLatin1Char('\n'));
+}
+
+QString ReportWriter::text(const Report &report)
+{
+    QStringList lines;
+    lines << QStringLiteral("Scenario: %1").arg(report.scenario);
+    lines << QStringLiteral("Till: %1; plug-in: %2; service: %3").arg(report.dataFolder, report.plugin, report.service);
+    for (const ActionRecord &record : report.actions) {
+        lines << progressLine(record, report.actionCount);
+        const QString more = details(record);
+        if (!more.isEmpty())
+            lines << more;
+    }
+    lines << QStringLiteral("Documents:");
+    for (auto it = report.documents.cbegin(); it != report.documents.cend(); ++it)
+        lines << document(it.key(), it.value());
+    const QStringList failures = report.allFailures();
+    if (failures.isEmpty()) {
+        lines << QStringLiteral("Result: passed");
+    } else {
+        lines << QStringLiteral("Result: FAILED, %1 failure(s):").arg(failures.size());
+        for (const QString &failure : failures)
+            lines << QStringLiteral("  - %1").arg(failure);
+    }
+    return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
+}
+
+bool ReportWriter::writeJson(const Report &report, const QString &file, QString *error)
+{
+    return JsonFile::write(file, report.toJson(), error);
+}
+
+} // namespace till

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+
+namespace till {
+
+/// What is wrong with a scenario file, and where.
+struct ScenarioError
+{
+    QString file;
+    /// JSON path of the faulty value ("actions[3].type"); empty for the whole file.
+    QString path;
+    /// Line and column (from 1) of a syntax error; 0 when the error has a path instead.
+    int line = 0;
+    int column = 0;
+    QString message;
+
+    bool isEmpty() const { return message.isEmpty(); }
+
+    /// "file:line:column: message" for syntax errors, "file: path: message" otherwise.
+    QString toString() const;
+};
+
+} // namespace till

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "report.h"
+#include "scenario.h"
+#include "tilldatafolder.h"
+
+#include <abstractdocument.h>
+
+#include <QByteArray>
+#include <QSharedPointer>
+#include <QString>
+
+#include <functional>
+
+namespace till {
+
+class ActionLog;
+class CashierScript;
+class Till;
+class TillActions;
+struct Observation;
+
+/// Plays a scenario on a till: starts the till on its data folder with the
+/// scenario's settings, runs each action as the cashier would, holds every
+/// expectation against what happened, and keeps its progress on disk after
+/// each action, so that a run stopped at any point continues where it was.
+class ScenarioRunner
+{
+public:
+    struct Options
+    {
+        QString pluginFolder;
+        /// Starts over instead of continuing an unfinished run.
+        bool again = false;
+        /// Replaces the process for a "restart" action, the progress being
+        /// saved; when unset (or when it returns) the till restarts within the process.
+        std::function<void()> restartProcess;
+        /// Told of every record as soon as it is complete.
+        std::function<void(const ActionRecord &record, int actionCount)> onRecord;
+    };
+
+    /// \a source is the scenario file's content: its hash names the run's progress.
+    ScenarioRunner(const TillDataFolder &folder, const Scenario &scenario, const QByteArray &source, const QString &file);
+
+    /// Plays the scenario from its first unfinished action to the end. False
+    /// when the till could not run at all (\a error says why); failed
+    /// expectations are in the report.
+    bool run(const Options &options, Report *report, QString *error);
+
+    /// The id of the scenario's document \a name in run \a run.
+    static QString documentId(int run, const QString &name);
+    /// A line saying what \a action does.
+    static QString title(const ScenarioAction &action);
+
+private:
+    /// Runs \a action; returns the document it worked on.
+    QSharedPointer<AbstractDocument> perform(const ScenarioAction &action, int index, bool resuming, Till *till,
+                                             TillActions *actions, ActionLog *log);
+    QSharedPointer<AbstractDocument> scenarioDocument(const QString &name, Till *till) const;
+    /// The document the actions before \a index last opened.
+    QString documentNameBefore(int index) const;
+    Observation observe(const Expectation &expectation, const QList<ActionRecord> &records,
+                        const QSharedPointer<AbstractDocument> &document, Till *till) const;
+
+    TillDataFolder m_folder;
+    Scenario m_scenario;
+    QByteArray m_source;
+    QString m_file;
+    int m_run = 0;
+};
+
+} // namespace till

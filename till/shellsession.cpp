@@ -1,0 +1,190 @@
+#include "shellsession.h"
+
+#include "actionlog.h"
+#include "documentbuilder.h"
+#include "documentsnapshot.h"
+#include "reportwriter.h"
+#include "scenariorunner.h"
+#include "terminalcashier.h"
+#include "till.h"
+#include "tillactions.h"
+
+#include <currenttime.h>
+#include <documentsdao.h>
+#include <mockfactory.h>
+#include <session.h>
+#include <singleton.h>
+
+#include <QTextStream>
+
+namespace till {
+
+ShellSession::ShellSession(const TillDataFolder &folder, QTextStream *in, QTextStream *out)
+    : m_folder(folder)
+    , m_in(in)
+    , m_out(out)
+{
+}
+
+QString ShellSession::help()
+{
+    return QStringLiteral(
+        "Commands:\n"
+        "  new-return                  open a new return document\n"
+        "  new-return-by-sale [ID]     start a return by sale (without ID the plug-in asks for the invoice)\n"
+        "  card NUMBER                 present the customer's card\n"
+        "  input                       start input in the document\n"
+        "  coupon NUMBER               add a coupon\n"
+        "  add CODE [QTY [PRICE]]      add a position; QTY and PRICE are typed before it\n"
+        "  reason [POSITION]           choose the return reason of the document, or of a position\n"
+        "  pay CODE AMOUNT             add a payment in currency CODE\n"
+        "  storno-all                  cancel every position\n"
+        "  close                       close the document\n"
+        "  show                        show the open document and the shift's records\n"
+        "  restart                     restart the till (the plug-in starts again, documents are read from disk)\n"
+        "  help                        this list\n"
+        "  quit                        leave the shell\n");
+}
+
+int ShellSession::run(const QString &pluginFolder)
+{
+    TerminalCashier cashier(m_in, m_out);
+    ActionLog log;
+    Till till(m_folder, &cashier, &log);
+    TillActions actions(&till, &log);
+    QString error;
+    log.begin(0, QStringLiteral("start"), QStringLiteral("the till starts"));
+    if (!till.start(pluginFolder, TillSettings(), &error)) {
+        *m_out << QStringLiteral("tessaro-till: ") << error << Qt::endl;
+        return 3;
+    }
+    const ActionRecord started = log.finish();
+    *m_out << QStringLiteral("Till %1 of store %2, plug-in %3. Type help for the commands.")
+                  .arg(till.settings().till, till.settings().store, till.plugin().fileName())
+           << Qt::endl;
+    const QString details = ReportWriter::details(started);
+    if (!details.isEmpty())
+        *m_out << details << Qt::endl;
+    for (;;) {
+        *m_out << (till.currentDocument() ? QStringLiteral("till:%1> ").arg(till.currentDocument()->getId()) : QStringLiteral("till> "))
+               << Qt::flush;
+        QString line;
+        if (!m_in->readLineInto(&line))
+            break;
+        if (!execute(line.trimmed(), &till, &actions, &log))
+            break;
+    }
+    *m_out << Qt::endl;
+    return 0;
+}
+
+void ShellSession::newDocument(int type, const QString &saleIdentifier, Till *till, TillActions *actions)
+{
+    DocumentSpec spec;
+    spec.type = type;
+    spec.saleIdentifier = saleIdentifier;
+    QString error;
+    const int run = till->state().takeRunNumber(&error);
+    const DocumentBuilder builder(till->cardType(), till->settings().store);
+    const auto document = builder.document(spec, ScenarioRunner::documentId(run, QStringLiteral("shell")),
+                                           MockFactory<CurrentTime>::create()->now());
+    if (type == 25)
+        actions->backBySale(document, saleIdentifier.isEmpty());
+    else
+        actions->open(document);
+}
+
+bool ShellSession::execute(const QString &line, Till *till, TillActions *actions, ActionLog *log)
+{
+    const QStringList words = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (words.isEmpty())
+        return true;
+    const QString command = words.first();
+    const auto argument = [&words](int i) { return i < words.size() ? words.at(i) : QString(); };
+    const auto number = [&words](int i, bool *ok) { return i < words.size() ? words.at(i).toDouble(ok) : (*ok = false, 0.0); };
+    const auto usage = [this](const QString &text) { *m_out << QStringLiteral("usage: ") << text << Qt::endl; };
+
+    if (command == QLatin1String("quit") || command == QLatin1String("exit"))
+        return false;
+    if (command == QLatin1String("help")) {
+        *m_out << help();
+        return true;
+    }
+    if (command == QLatin1String("show")) {
+        if (const auto document = till->currentDocument())
+            *m_out << ReportWriter::document(document->getId(), DocumentSnapshot::toJson(*document, till->cardType())) << Qt::endl;
+        else
+            *m_out << QStringLiteral("  no document is open") << Qt::endl;
+        const int shift = Singleton<Session>::instance()->getCurrentShift();
+        for (const StorageItem &item : Singleton<DocumentsDao>::instance()->getStorageItems(shift))
+            *m_out << QStringLiteral("  shift %1 record %2: %3").arg(shift).arg(item.getName(), item.getValue().simplified()) << Qt::endl;
+        return true;
+    }
+
+    log->begin(0, command, line);
+    bool ok = true;
+    bool known = true;
+    std::optional<int> result;
+    if (command == QLatin1String("new-return")) {
+        newDocument(2, QString(), till, actions);
+    } else if (command == QLatin1String("new-return-by-sale")) {
+        newDocument(25, argument(1), till, actions);
+    } else if (command == QLatin1String("card") && words.size() == 2) {
+        actions->card(argument(1));
+    } else if (command == QLatin1String("coupon") && words.size() == 2) {
+        result = actions->coupon(argument(1));
+    } else if (command == QLatin1String("input")) {
+        result = actions->input();
+    } else if (command == QLatin1String("add") && words.size() >= 2 && words.size() <= 4) {
+        PositionSpec position;
+        position.code = argument(1);
+        std::optional<double> quantity;
+        std::optional<double> price;
+        if (words.size() > 2)
+            quantity = number(2, &ok);
+        if (ok && words.size() > 3)
+            price = number(3, &ok);
+        if (ok)
+            result = actions->add(position, quantity, price);
+        else
+            usage(QStringLiteral("add CODE [QTY [PRICE]]"));
+    } else if (command == QLatin1String("reason") && words.size() <= 2) {
+        const int position = words.size() == 2 ? argument(1).toInt(&ok) : 0;
+        if (ok)
+            result = actions->reason(words.size() == 1, position);
+        else
+            usage(QStringLiteral("reason [POSITION]"));
+    } else if (command == QLatin1String("pay") && words.size() == 3) {
+        PaymentSpec payment;
+        payment.code = argument(1).toInt(&ok);
+        if (ok)
+            payment.amount = number(2, &ok);
+        if (ok)
+            result = actions->pay(payment);
+        else
+            usage(QStringLiteral("pay CODE AMOUNT"));
+    } else if (command == QLatin1String("storno-all")) {
+        result = actions->stornoAll();
+    } else if (command == QLatin1String("close")) {
+        result = actions->close();
+    } else if (command == QLatin1String("restart")) {
+        QString error;
+        if (!till->restart(&error))
+            log->addFailure(error);
+    } else {
+        known = false;
+        *m_out << QStringLiteral("unknown command or arguments: %1 (help lists the commands)").arg(line) << Qt::endl;
+    }
+    if (result)
+        log->setResult(*result);
+    const ActionRecord record = log->finish();
+    if (known && ok) {
+        *m_out << ReportWriter::progressLine(record, 0).section(QLatin1Char(' '), 1) << Qt::endl;
+        const QString details = ReportWriter::details(record);
+        if (!details.isEmpty())
+            *m_out << details << Qt::endl;
+    }
+    return true;
+}
+
+} // namespace till

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "tilldatafolder.h"
+
+#include <QString>
+
+class QTextStream;
+
+namespace till {
+
+class ActionLog;
+class Till;
+class TillActions;
+
+/// The till at the terminal: the cashier types commands (new-return, add,
+/// pay, close…), answers the plug-in's dialogs as they come, and sees after
+/// each command the hooks that ran, the dialogs and the requests.
+class ShellSession
+{
+public:
+    ShellSession(const TillDataFolder &folder, QTextStream *in, QTextStream *out);
+
+    /// Runs until "quit" or the end of input; returns the process exit code.
+    int run(const QString &pluginFolder);
+
+    static QString help();
+
+private:
+    /// Runs one command line; false for "quit".
+    bool execute(const QString &line, Till *till, TillActions *actions, ActionLog *log);
+    void newDocument(int type, const QString &saleIdentifier, Till *till, TillActions *actions);
+
+    TillDataFolder m_folder;
+    QTextStream *m_in;
+    QTextStream *m_out;
+};
+
+} // namespace till

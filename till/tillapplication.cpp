@@ -1,0 +1,277 @@
+#include "tillapplication.h"
+
+#include "demorunner.h"
+#include "pluginhost.h"
+#include "reportwriter.h"
+#include "scenarioparser.h"
+#include "scenariorunner.h"
+#include "shellsession.h"
+#include "tilldatafolder.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
+#include <QTextStream>
+
+#include <cstdio>
+#include <unistd.h>
+#include <vector>
+
+namespace till {
+
+namespace {
+
+QTextStream &out()
+{
+    static QTextStream stream(stdout);
+    return stream;
+}
+
+QTextStream &err()
+{
+    static QTextStream stream(stderr);
+    return stream;
+}
+
+QCommandLineOption dataOption()
+{
+    return QCommandLineOption(QStringLiteral("data"), QStringLiteral("The till's data folder (default: till-data)."),
+                              QStringLiteral("DIR"), QStringLiteral("till-data"));
+}
+
+QCommandLineOption pluginsOption()
+{
+    return QCommandLineOption(QStringLiteral("plugins"),
+                              QStringLiteral("The folder holding libtessaroback.so (default: %1).").arg(TillApplication::defaultPluginFolder()),
+                              QStringLiteral("DIR"));
+}
+
+QCommandLineOption verboseOption()
+{
+    return QCommandLineOption(QStringLiteral("verbose"), QStringLiteral("Show the plug-in's and the host's log."));
+}
+
+/// Replaces the process with a fresh one of the same command, which continues
+/// the run from its saved progress.
+void replaceProcess(const QStringList &arguments)
+{
+    std::vector<QByteArray> storage;
+    for (const QString &argument : arguments) {
+        if (argument != QLatin1String("--again"))
+            storage.push_back(argument.toLocal8Bit());
+    }
+    std::vector<char *> argv;
+    for (QByteArray &argument : storage)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    out().flush();
+    err().flush();
+    std::fflush(nullptr);
+    ::execv("/proc/self/exe", argv.data());
+}
+
+} // namespace
+
+TillApplication::TillApplication(const QStringList &arguments)
+    : m_arguments(arguments)
+{
+}
+
+QString TillApplication::defaultPluginFolder()
+{
+    const QString fromEnvironment = qEnvironmentVariable("TESSARO_PLUGIN_DIR");
+    if (!fromEnvironment.isEmpty())
+        return fromEnvironment;
+    const QString build = QStringLiteral(TESSARO_BUILD_PLUGIN_DIR);
+    if (QFileInfo::exists(QDir(build).filePath(PluginHost::libraryName())))
+        return build;
+    // Installed: the host plug-in folder, relative to the install prefix unless absolute.
+    const QString installed = QStringLiteral(TESSARO_HOST_PLUGIN_DIR);
+    if (QDir::isAbsolutePath(installed))
+        return installed;
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../") + installed);
+}
+
+void TillApplication::quietenLogs(bool verbose)
+{
+    if (!verbose)
+        QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
+}
+
+int TillApplication::usage(const QString &problem) const
+{
+    if (!problem.isEmpty())
+        err() << QStringLiteral("tessaro-till: ") << problem << Qt::endl;
+    err() << QStringLiteral("usage: tessaro-till init|run|shell|demo [options]; tessaro-till COMMAND --help for more") << Qt::endl;
+    return BadInput;
+}
+
+int TillApplication::parse(QCommandLineParser *parser, const QStringList &arguments, const QString &description)
+{
+    parser->setApplicationDescription(description);
+    const QCommandLineOption help = parser->addHelpOption();
+    if (!parser->parse(arguments)) {
+        err() << QStringLiteral("tessaro-till: ") << parser->errorText() << Qt::endl;
+        return BadInput;
+    }
+    if (parser->isSet(help)) {
+        out() << parser->helpText();
+        return Passed;
+    }
+    return -1;
+}
+
+int TillApplication::exec()
+{
+    if (m_arguments.size() < 2)
+        return usage(QString());
+    const QString command = m_arguments.at(1);
+    // The subcommand's own parser sees "tessaro-till COMMAND" as its program name.
+    QStringList arguments = m_arguments.mid(1);
+    arguments[0] = m_arguments.first() + QLatin1Char(' ') + command;
+    if (command == QLatin1String("init"))
+        return init(arguments);
+    if (command == QLatin1String("run"))
+        return run(arguments);
+    if (command == QLatin1String("shell"))
+        return shell(arguments);
+    if (command == QLatin1String("demo"))
+        return demo(arguments);
+    if (command == QLatin1String("--help") || command == QLatin1String("-h") || command == QLatin1String("help")) {
+        out() << QStringLiteral(
+            "tessaro-till: a till that loads the TessaroBack plug-in as the POS host does.\n\n"
+            "  tessaro-till init --data DIR [--service-url URL]   create a till's data folder\n"
+            "  tessaro-till run [--data DIR] SCENARIO              play a scenario file and report\n"
+            "  tessaro-till shell [--data DIR]                     work the till at the terminal\n"
+            "  tessaro-till demo                                   play the bundled scenarios against the emulator\n\n"
+            "tessaro-till COMMAND --help describes each command.\n");
+        return Passed;
+    }
+    return usage(QStringLiteral("unknown command '%1'").arg(command));
+}
+
+int TillApplication::init(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption data = dataOption();
+    const QCommandLineOption url(QStringLiteral("service-url"), QStringLiteral("The Tessaro service's address (default: http://127.0.0.1:8080)."),
+                                 QStringLiteral("URL"), QStringLiteral("http://127.0.0.1:8080"));
+    const QCommandLineOption tokenUrl(QStringLiteral("token-url"), QStringLiteral("Where the till fetches its token (default: the service's address followed by /token)."),
+                                      QStringLiteral("URL"));
+    parser.addOptions({data, url, tokenUrl});
+    const int parsed = parse(&parser, arguments, QStringLiteral("Creates a till's data folder with default settings."));
+    if (parsed >= 0)
+        return parsed;
+    if (!parser.positionalArguments().isEmpty())
+        return usage(QStringLiteral("init takes no arguments besides its options"));
+    const TillDataFolder folder(parser.value(data));
+    QString error;
+    if (!folder.create(parser.value(url), parser.value(tokenUrl), &error)) {
+        err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
+        return CannotRun;
+    }
+    out() << QStringLiteral("Created a till in %1 (service %2); its settings are in %3").arg(folder.path(), parser.value(url), folder.configFile())
+          << Qt::endl;
+    return Passed;
+}
+
+int TillApplication::run(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption data = dataOption();
+    const QCommandLineOption plugins = pluginsOption();
+    const QCommandLineOption report(QStringLiteral("report"), QStringLiteral("Also write the report as JSON to FILE."), QStringLiteral("FILE"));
+    const QCommandLineOption again(QStringLiteral("again"), QStringLiteral("Start the scenario over instead of continuing an unfinished run."));
+    const QCommandLineOption inProcess(QStringLiteral("restart-in-process"),
+                                       QStringLiteral("Restart the till within the process instead of replacing the process."));
+    const QCommandLineOption verbose = verboseOption();
+    parser.addOptions({data, plugins, report, again, inProcess, verbose});
+    parser.addPositionalArgument(QStringLiteral("SCENARIO"), QStringLiteral("The scenario file (docs/scenarios.md)."));
+    const int parsed = parse(&parser, arguments,
+                             QStringLiteral("Plays a scenario on the till and reports each action's hooks, dialogs and requests.\n"
+                                            "A run stopped at any point continues from its first unfinished action when run again."));
+    if (parsed >= 0)
+        return parsed;
+    if (parser.positionalArguments().size() != 1)
+        return usage(QStringLiteral("run takes one scenario file"));
+    quietenLogs(parser.isSet(verbose));
+
+    // The scenario is read whole before anything touches the till's folder.
+    const QString file = parser.positionalArguments().first();
+    QFile source(file);
+    if (!source.open(QIODevice::ReadOnly)) {
+        err() << QStringLiteral("tessaro-till: %1: cannot read the file: %2").arg(file, source.errorString()) << Qt::endl;
+        return BadInput;
+    }
+    const QByteArray content = source.readAll();
+    ScenarioParser scenarioParser(file);
+    const std::optional<Scenario> scenario = scenarioParser.parse(content);
+    if (!scenario) {
+        err() << QStringLiteral("tessaro-till: ") << scenarioParser.error().toString() << Qt::endl;
+        return BadInput;
+    }
+
+    const TillDataFolder folder(parser.value(data));
+    ScenarioRunner::Options options;
+    options.pluginFolder = parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder();
+    options.again = parser.isSet(again);
+    if (!parser.isSet(inProcess)) {
+        const QStringList command = m_arguments;
+        options.restartProcess = [command] { replaceProcess(command); };
+    }
+    options.onRecord = [](const ActionRecord &record, int count) { out() << ReportWriter::progressLine(record, count) << Qt::endl; };
+
+    ScenarioRunner runner(folder, *scenario, content, file);
+    Report result;
+    QString error;
+    if (!runner.run(options, &result, &error)) {
+        err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
+        return CannotRun;
+    }
+    out() << Qt::endl << ReportWriter::text(result);
+    if (parser.isSet(report) && !ReportWriter::writeJson(result, parser.value(report), &error)) {
+        err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
+        return CannotRun;
+    }
+    return result.passed() ? Passed : Failed;
+}
+
+int TillApplication::shell(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption data = dataOption();
+    const QCommandLineOption plugins = pluginsOption();
+    const QCommandLineOption verbose = verboseOption();
+    parser.addOptions({data, plugins, verbose});
+    const int parsed = parse(&parser, arguments,
+                             QStringLiteral("Works the till at the terminal: type commands, answer the plug-in's dialogs.\n\n")
+                                 + ShellSession::help());
+    if (parsed >= 0)
+        return parsed;
+    quietenLogs(parser.isSet(verbose));
+    QTextStream in(stdin);
+    ShellSession session(TillDataFolder(parser.value(data)), &in, &out());
+    return session.run(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder());
+}
+
+int TillApplication::demo(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption plugins = pluginsOption();
+    const QCommandLineOption keep(QStringLiteral("keep"), QStringLiteral("Keep the tills in DIR, one folder per scenario."), QStringLiteral("DIR"));
+    const QCommandLineOption verbose = verboseOption();
+    parser.addOptions({plugins, keep, verbose});
+    const int parsed = parse(&parser, arguments,
+                             QStringLiteral("Plays the bundled scenarios, each on a new till against the Tessaro service emulator,\n"
+                                            "which runs in this process on a free loopback port."));
+    if (parsed >= 0)
+        return parsed;
+    quietenLogs(parser.isSet(verbose));
+    DemoRunner demo(&out());
+    return demo.run(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder(), parser.value(keep)) == 0 ? Passed : Failed;
+}
+
+} // namespace till

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QStringList>
+
+class QCommandLineParser;
+
+namespace till {
+
+/// The tessaro-till command: init, run, shell and demo, each with --help.
+///
+/// Exit codes: 0 done (every expectation held), 1 an expectation failed,
+/// 2 wrong command line or scenario file, 3 the till could not run.
+class TillApplication
+{
+public:
+    enum ExitCode { Passed = 0, Failed = 1, BadInput = 2, CannotRun = 3 };
+
+    /// \a arguments as the process got them (program name first).
+    explicit TillApplication(const QStringList &arguments);
+
+    int exec();
+
+    /// Where the plug-in is looked for without --plugins: $TESSARO_PLUGIN_DIR,
+    /// else the build's plug-in folder when it holds the plug-in, else the
+    /// installed host plug-in folder (next to the program's own folder).
+    static QString defaultPluginFolder();
+
+private:
+    int init(const QStringList &arguments);
+    int run(const QStringList &arguments);
+    int shell(const QStringList &arguments);
+    int demo(const QStringList &arguments);
+    int usage(const QString &problem) const;
+
+    /// Parses \a arguments; returns -1 to go on, or an exit code (after --help or an error).
+    static int parse(QCommandLineParser *parser, const QStringList &arguments, const QString &description);
+    static void quietenLogs(bool verbose);
+
+    QStringList m_arguments;
+};
+
+} // namespace till
