@@ -6,6 +6,7 @@
 #   scripts/tessaro.sh sanitize  build with clang's ASan+UBSan in build-asan, run the whole suite under them
 #   scripts/tessaro.sh fuzz [S]  build the libFuzzer targets in build-fuzz, run each for S seconds (default 60)
 #   scripts/tessaro.sh lint      clang-tidy and cppcheck over the project's code
+#   scripts/tessaro.sh bench     build the benchmarks in build-bench (RelWithDebInfo) and run them
 #   scripts/tessaro.sh setup     only install the missing Debian packages
 # docs/quality.md tells what each gate checks and how to read its reports.
 set -euo pipefail
@@ -24,6 +25,7 @@ packages=(
 # The quality gates' tools, installed by the commands that use them.
 clang_packages=(clang-14 libclang-rt-14-dev)
 lint_packages=(clang-tidy-14 cppcheck)
+bench_packages=(libbenchmark-dev)
 
 usage() {
     sed -n '2,11p' "${BASH_SOURCE[0]}" | sed 's/^# \{0,1\}//'
@@ -90,6 +92,17 @@ case "${1:-}" in
         shift
         install_missing "${packages[@]}" "${lint_packages[@]}"
         exec "$here/scripts/lint.sh" "$@"
+        ;;
+    bench)
+        shift
+        install_missing "${packages[@]}" "${bench_packages[@]}"
+        build="${TESSARO_BENCH_BUILD_DIR:-$here/build-bench}"
+        cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTESSARO_WERROR=ON \
+            -DTESSARO_BENCH=ON -DBUILD_TESTING=OFF
+        cmake --build "$build" -j "$jobs" --target benchmarks
+        for benchmark in "$build"/bin/bench_*; do
+            "$benchmark" "$@"
+        done
         ;;
     demo)
         shift
