@@ -56,7 +56,9 @@ class Interface
 {
 public:
     /// The service's operations; the numbers are fixed.
-    enum Method {
+    /// Based on int, so that a number outside the table is still a value
+    /// (getUrl() then appends no path) rather than undefined behaviour.
+    enum Method : int {
         TillOpen = 0,     ///< "/till/open"
         TillClose = 1,    ///< "/till/close"
         Cart = 2,         ///< "/cart/%1"
@@ -152,8 +154,9 @@ public:
 
     // Cart items
 
-    /// The service's reasons for a quantity change; the numbers are sent as they stand.
-    enum DeleteReason {
+    /// The service's reasons for a quantity change; the numbers are sent as they
+    /// stand, so the type holds any int, not only the named ones.
+    enum DeleteReason : int {
         NoDeleteReason = 0,
     };
 

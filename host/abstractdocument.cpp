@@ -25,7 +25,7 @@ void AbstractDocument::setDocumentProperty(const QString &name, const QVariant &
 void AbstractDocument::addGoodsItem(const QSharedPointer<GoodsItem> &item)
 {
     if (item->getPosnum() <= 0)
-        item->setPosnum(m_goods.size() + 1);
+        item->setPosnum(int(m_goods.size()) + 1);
     m_goods << item;
 }
 

@@ -137,7 +137,7 @@ QStringList Config::getStringList(const QString &key, const QStringList &default
 QStringList Config::keys(const QString &section) const
 {
     m_settings->beginGroup(section);
-    const QStringList names = m_settings->childKeys();
+    QStringList names = m_settings->childKeys();
     m_settings->endGroup();
     return names;
 }

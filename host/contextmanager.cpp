@@ -1,6 +1,3 @@
 #include "contextmanager.h"
 
-ContextManager::ContextManager()
-    : m_current(EContext::Menu)
-{
-}
+ContextManager::ContextManager() = default;

@@ -13,5 +13,5 @@ public:
     void setCurrentContext(EContext::Code code) { m_current = code; }
 
 private:
-    EContext::Code m_current;
+    EContext::Code m_current = EContext::Menu;
 };

@@ -8,6 +8,7 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -15,7 +16,7 @@ enum class Verb { Get, Post };
 
 // Beyond this many bytes a logged body is cut; the masks still apply to the
 // whole body first.
-constexpr qsizetype loggedBodyLimit = 16 * 1024;
+constexpr qsizetype loggedBodyLimit = qsizetype(16) * 1024;
 
 // Until setTimeout() says otherwise, an exchange may take this long.
 constexpr int defaultTimeout = 30000;
@@ -33,10 +34,10 @@ void initialiseCurl()
 
 void appendLine(HeaderList &list, const QByteArray &line)
 {
-    if (curl_slist *const grown = curl_slist_append(list.get(), line.constData())) {
-        list.release();
-        list.reset(grown);
-    }
+    // On failure libcurl leaves the list as it was and returns null.
+    curl_slist *const head = list.release();
+    curl_slist *const grown = curl_slist_append(head, line.constData());
+    list.reset(grown ? grown : head);
 }
 
 // The body of a POST, handed to libcurl piece by piece.
@@ -73,7 +74,7 @@ int rewindUpload(void *source, curl_off_t offset, int origin)
 
 size_t appendBody(char *data, size_t size, size_t count, void *target)
 {
-    static_cast<QByteArray *>(target)->append(data, qsizetype(size * count));
+    static_cast<QByteArray *>(target)->append(data, qsizetype(size) * qsizetype(count));
     return size * count;
 }
 
@@ -122,7 +123,7 @@ struct RestClient::Private
     int timeout = defaultTimeout;
     SecretMask mask;
     http::Response last;
-    char error[CURL_ERROR_SIZE] = {};
+    std::array<char, CURL_ERROR_SIZE> error = {};
 };
 
 RestClient::Private::Private()
@@ -161,7 +162,7 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
     curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, long(std::max(timeout, 0)));
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 2L);
-    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, error);
+    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, error.data());
     curl_easy_setopt(handle, CURLOPT_HTTPHEADER, lines.get());
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &appendBody);
     curl_easy_setopt(handle, CURLOPT_WRITEDATA, &received);
@@ -229,7 +230,7 @@ http::Response RestClient::Private::response(const QUrl &url, CURLcode result, l
     // An answer cut off by the transport counts as no answer at all.
     if (result != CURLE_OK) {
         response.setNetworkError(true);
-        const QString detail = error[0] != '\0' ? QString::fromUtf8(error)
+        const QString detail = error[0] != '\0' ? QString::fromUtf8(error.data())
                                                 : QString::fromUtf8(curl_easy_strerror(result));
         response.setError(int(result), errorText(url, detail));
         return response;
@@ -256,7 +257,7 @@ QString RestClient::Private::loggedUrl(const QUrl &url) const
 void RestClient::Private::logRequest(const QUrl &url, const QByteArray &body,
                                      const Headers &headers) const
 {
-    if (!logger)
+    if (!logger || !logger->isDebugEnabled())
         return;
     QStringList lines;
     for (auto it = headers.cbegin(); it != headers.cend(); ++it)
@@ -269,6 +270,8 @@ void RestClient::Private::logRequest(const QUrl &url, const QByteArray &body,
 
 void RestClient::Private::logResponse(const QByteArrayList &headerLines, const QByteArray &body) const
 {
+    if (!logger->isDebugEnabled())
+        return;
     QStringList lines;
     for (const QByteArray &line : headerLines)
         lines.append(mask.headerLine(QString::fromUtf8(line)));

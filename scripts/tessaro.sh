@@ -1,9 +1,14 @@
 #!/usr/bin/env bash
 # One entry point for a fresh Debian 12 machine: installs what the build lacks,
 # configures, builds and runs.
-#   scripts/tessaro.sh demo   build, then play the bundled till scenarios against the emulator
-#   scripts/tessaro.sh test   build, then run the whole test suite through CTest
-#   scripts/tessaro.sh setup  only install the missing Debian packages
+#   scripts/tessaro.sh demo      build, then play the bundled till scenarios against the emulator
+#   scripts/tessaro.sh test      build, then run the whole test suite through CTest
+#   scripts/tessaro.sh sanitize  build with clang's ASan+UBSan in build-asan, run the whole suite under them
+#   scripts/tessaro.sh fuzz [S]  build the libFuzzer targets in build-fuzz, run each for S seconds (default 60)
+#   scripts/tessaro.sh lint      clang-tidy and cppcheck over the project's code
+#   scripts/tessaro.sh bench     build the benchmarks in build-bench (RelWithDebInfo) and run them
+#   scripts/tessaro.sh setup     only install the missing Debian packages
+# docs/quality.md tells what each gate checks and how to read its reports.
 set -euo pipefail
 
 here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -17,9 +22,13 @@ packages=(
     qml6-module-qtquick-layouts qml6-module-qtqml-workerscript fonts-dejavu-core
     libcurl4-openssl-dev ca-certificates
 )
+# The quality gates' tools, installed by the commands that use them.
+clang_packages=(clang-14 libclang-rt-14-dev)
+lint_packages=(clang-tidy-14 cppcheck)
+bench_packages=(libbenchmark-dev)
 
 usage() {
-    sed -n '2,7p' "${BASH_SOURCE[0]}" | sed 's/^# \{0,1\}//'
+    sed -n '2,11p' "${BASH_SOURCE[0]}" | sed 's/^# \{0,1\}//'
 }
 
 install_missing() {
@@ -48,6 +57,13 @@ configure_and_build() {
     cmake --build "$build" -j "$jobs"
 }
 
+# Any sanitizer report ends the process with an error, and so fails its test.
+sanitizer_environment() {
+    export ASAN_OPTIONS="detect_leaks=1:abort_on_error=1:check_initialization_order=1:detect_stack_use_after_return=1"
+    export LSAN_OPTIONS="suppressions=$here/tests/sanitizers/lsan.supp:print_suppressions=0"
+    export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
+}
+
 case "${1:-}" in
     setup)
         install_missing "${packages[@]}"
@@ -57,6 +73,36 @@ case "${1:-}" in
         install_missing "${packages[@]}"
         configure_and_build -DTESSARO_WERROR=ON
         ctest --test-dir "$build" --output-on-failure -j "$jobs" "$@"
+        ;;
+    sanitize)
+        shift
+        install_missing "${packages[@]}" "${clang_packages[@]}"
+        build="${TESSARO_ASAN_BUILD_DIR:-$here/build-asan}"
+        TESSARO_BUILD_TYPE="${TESSARO_BUILD_TYPE:-Debug}" configure_and_build \
+            -DCMAKE_CXX_COMPILER=clang++-14 -DTESSARO_WERROR=ON -DTESSARO_SANITIZE=ON
+        sanitizer_environment
+        ctest --test-dir "$build" --output-on-failure -j "$jobs" "$@"
+        ;;
+    fuzz)
+        shift
+        install_missing "${packages[@]}" "${clang_packages[@]}"
+        exec "$here/scripts/fuzz.sh" "$@"
+        ;;
+    lint)
+        shift
+        install_missing "${packages[@]}" "${lint_packages[@]}"
+        exec "$here/scripts/lint.sh" "$@"
+        ;;
+    bench)
+        shift
+        install_missing "${packages[@]}" "${bench_packages[@]}"
+        build="${TESSARO_BENCH_BUILD_DIR:-$here/build-bench}"
+        cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTESSARO_WERROR=ON \
+            -DTESSARO_BENCH=ON -DBUILD_TESTING=OFF
+        cmake --build "$build" -j "$jobs" --target benchmarks
+        for benchmark in "$build"/bin/bench_*; do
+            "$benchmark" "$@"
+        done
         ;;
     demo)
         shift

@@ -37,7 +37,7 @@ Event BasicDialog::show(bool, bool, QFlags<EInput::Source>, const Event &event)
 {
     m_active = true;
     m_closedByTimeout = false;
-    const Event answer = Singleton<qml::QmlBasedGui>::instance()->present(event);
+    Event answer = Singleton<qml::QmlBasedGui>::instance()->present(event);
     m_active = false;
     return answer;
 }

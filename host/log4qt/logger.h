@@ -16,6 +16,10 @@ public:
 
     QString name() const { return m_name; }
 
+    /// Whether debug() writes anything: callers skip building costly debug
+    /// lines (masked bodies, header lists) when it does not.
+    bool isDebugEnabled() const { return m_category.isDebugEnabled(); }
+
     void debug(const QString &message) const;
     void info(const QString &message) const;
     void warn(const QString &message) const;

@@ -1,0 +1,14 @@
+#include "immediaterestclient.h"
+
+ImmediateRestClient::ImmediateRestClient(const QByteArray &answer)
+{
+    m_answer.setHttpCode(200);
+    m_answer.setBody(answer);
+}
+
+bool ImmediateRestClient::post(const QUrl &url, const QJsonDocument &body, const Headers &)
+{
+    m_answer.setUrl(url);
+    m_lastBody = body;
+    return true;
+}
