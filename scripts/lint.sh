@@ -42,9 +42,11 @@ if [ "$what" = all ] || [ "$what" = tidy ]; then
 fi
 if [ "$what" = all ] || [ "$what" = cppcheck ]; then
     echo "lint: cppcheck"
-    # --library=qt teaches cppcheck Qt's macros (Q_OBJECT, signals, slots, foreach).
+    # --library=qt teaches cppcheck Qt's macros (Q_OBJECT, signals, slots,
+    # foreach); cppcheck-qt6.cfg adds the Qt 6 ones that it lacks.
     cppcheck --project="$lintdb/compile_commands.json" --quiet --error-exitcode=1 --inline-suppr \
-        --enable=warning,performance,portability --library=qt --std=c++17 -j "$jobs" \
+        --enable=warning,performance,portability --library=qt --library="$here/scripts/cppcheck-qt6.cfg" \
+        --std=c++17 -j "$jobs" \
         --template='{file}:{line}:{column}: {severity}: {message} [{id}]' || failed=1
 fi
 exit $failed
