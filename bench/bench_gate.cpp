@@ -1,6 +1,8 @@
 // The gateway signature of a typical request (a cart update through the
 // gateway) beside its floor: the two SHA-256 digests and the HMAC that any
 // signer of this scheme computes, over inputs built in advance.
+#include "typicalbodies.h"
+
 #include "client/gate.h"
 
 #include <testing/testhost.h>
@@ -8,9 +10,6 @@
 #include <benchmark/benchmark.h>
 
 #include <QCryptographicHash>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QMessageAuthenticationCode>
 #include <QUrl>
 
@@ -21,22 +20,7 @@ const QString gatewayConfig = QStringLiteral("[OrvelGate]\ntessaro=true\nappKey=
 
 QUrl requestUrl()
 {
-    return QUrl(QStringLiteral("https://gw.example.ru/tessaro/api/v1/cart/6f1c2d3e-7a8b-4c9d-8e0f-112233445566/update?lang=ru"));
-}
-
-// A cart update of five lines, compact as it is sent.
-QByteArray requestBody()
-{
-    QJsonArray items;
-    for (int line = 1; line <= 5; ++line) {
-        items.append(QJsonObject{{QStringLiteral("sequenceNumber"), line},
-                                 {QStringLiteral("artNo"), QStringLiteral("10020%1").arg(line)},
-                                 {QStringLiteral("quantity"), 1.5 * line},
-                                 {QStringLiteral("barcode"), QStringLiteral("460000000000%1").arg(line)}});
-    }
-    const QJsonObject body{{QStringLiteral("uuid"), QStringLiteral("6f1c2d3e-7a8b-4c9d-8e0f-112233445566")},
-                           {QStringLiteral("items"), items}};
-    return QJsonDocument(body).toJson(QJsonDocument::Compact);
+    return QUrl(QStringLiteral("https://gw.example.ru/tessaro/api/v1/cart/%1/update?lang=ru").arg(typicalbodies::cartUuid()));
 }
 
 QHash<QString, QString> callerHeaders()
@@ -49,7 +33,7 @@ void BM_GateHeaders(benchmark::State &state)
 {
     const TestHost host(gatewayConfig);
     const QUrl url = requestUrl();
-    const QByteArray body = requestBody();
+    const QByteArray body = typicalbodies::cartUpdateRequestBytes();
     const QHash<QString, QString> headers = callerHeaders();
     for (auto _ : state)
         benchmark::DoNotOptimize(orvel::getGateHeaders(url, body, headers, false));
@@ -58,7 +42,7 @@ BENCHMARK(BM_GateHeaders);
 
 void BM_GateFloor(benchmark::State &state)
 {
-    const QByteArray body = requestBody();
+    const QByteArray body = typicalbodies::cartUpdateRequestBytes();
     const QByteArray canonical = QByteArrayLiteral("POST\n/tessaro/api/v1/cart/6f1c2d3e-7a8b-4c9d-8e0f-112233445566/update/\n"
                                                    "lang=ru\nenv:PreProd\nhost:gw.example.ru\nx-sdk-date:20240131T235959Z\n"
                                                    "x-stage:PreProd\n\nenv;host;x-sdk-date;x-stage\n")

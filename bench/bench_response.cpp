@@ -1,6 +1,8 @@
 // The status of typical service answers beside its floor: reading the three
 // fields ("error", "status", "message") that any classification of an answer
 // has to look at.
+#include "typicalbodies.h"
+
 #include "responses/cartupdateresponse.h"
 #include "responses/response.h"
 
@@ -8,34 +10,15 @@
 
 #include <benchmark/benchmark.h>
 
-#include <QJsonArray>
-#include <QJsonDocument>
 
 namespace {
-
-QByteArray cartAnswer()
-{
-    QJsonArray items;
-    for (int line = 1; line <= 5; ++line) {
-        items.append(QJsonObject{{QStringLiteral("sequenceNumber"), line},
-                                 {QStringLiteral("artNo"), QStringLiteral("10020%1").arg(line)},
-                                 {QStringLiteral("artName"), QStringLiteral("Товар %1").arg(line)},
-                                 {QStringLiteral("quantity"), 1.5 * line},
-                                 {QStringLiteral("prices"), QJsonObject{{QStringLiteral("totalPriceGross"), 99.9 * line}}}});
-    }
-    return QJsonDocument(QJsonObject{{QStringLiteral("uuid"), QStringLiteral("6f1c2d3e")},
-                                     {QStringLiteral("status"), QStringLiteral("collecting")},
-                                     {QStringLiteral("totalItems"), 5},
-                                     {QStringLiteral("items"), items}})
-        .toJson(QJsonDocument::Compact);
-}
 
 // The answers by kind: the argument of each benchmark picks one.
 QByteArray answer(int kind)
 {
     switch (kind) {
     case 0:
-        return cartAnswer();
+        return typicalbodies::cartUpdateAnswer();
     case 1:
         return QByteArrayLiteral(R"({"error":"invalid_token","error_description":"Token is not active"})");
     case 2:

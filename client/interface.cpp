@@ -633,7 +633,7 @@ QJsonObject Interface::itemObject(const GoodsItem &goodsItem, PositionData &posi
         scannerInput = goodsItem.getBarcode();
     item.insert(QStringLiteral("scanerInput"), scannerInput);
 
-    const orvel::Traceability record =
+    const auto record =
         goodsItem.getAdditionalData(additionalDataSection, QStringLiteral("traceability")).value<orvel::Traceability>();
     const QJsonObject traceability = traceabilityObject(record);
     if (!traceability.isEmpty())

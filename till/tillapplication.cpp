@@ -64,6 +64,7 @@ void replaceProcess(const QStringList &arguments)
             storage.push_back(argument.toLocal8Bit());
     }
     std::vector<char *> argv;
+    argv.reserve(storage.size() + 1);
     for (QByteArray &argument : storage)
         argv.push_back(argument.data());
     argv.push_back(nullptr);
