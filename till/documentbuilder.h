@@ -18,10 +18,10 @@ public:
     /// \a store the till's store, used when the description names none.
     DocumentBuilder(int cardType, const QString &store);
 
-    QSharedPointer<AbstractDocument> document(const DocumentSpec &spec, const QString &id, const QDateTime &now) const;
-    static QSharedPointer<GoodsItem> position(const PositionSpec &spec, int posnum);
-    /// A payment in the currency \a spec names, with that currency's name and type.
-    static QSharedPointer<MoneyItem> payment(const PaymentSpec &spec);
+    QSharedPointer<AbstractDocument> document(const DocumentSpec &described, const QString &id, const QDateTime &now) const;
+    static QSharedPointer<GoodsItem> position(const PositionSpec &described, int posnum);
+    /// A payment in the currency \a described names, with that currency's name and type.
+    static QSharedPointer<MoneyItem> payment(const PaymentSpec &described);
 
 private:
     int m_cardType;

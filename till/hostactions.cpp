@@ -102,12 +102,12 @@ EContext::Result HostActions::addPayment(const control::Action &action)
     if (!document)
         return EContext::Stop;
     const control::args::Payment payment(action);
-    PaymentSpec spec;
-    spec.code = payment.valutCode().toInt();
-    spec.amount = payment.amount();
-    spec.change = action.value(QStringLiteral("change")).toBool();
-    spec.details = action.value(QStringLiteral("details")).toMap();
-    document->addMoneyItem(DocumentBuilder::payment(spec));
+    PaymentSpec described;
+    described.code = payment.valutCode().toInt();
+    described.amount = payment.amount();
+    described.change = action.value(QStringLiteral("change")).toBool();
+    described.details = action.value(QStringLiteral("details")).toMap();
+    document->addMoneyItem(DocumentBuilder::payment(described));
     return EContext::Continue;
 }
 

@@ -57,9 +57,9 @@ TillSettings TillSettings::overriddenBy(const TillSettings &other) const
 
 const DocumentSpec *Scenario::document(const QString &name) const
 {
-    for (const DocumentSpec &spec : documents) {
-        if (spec.name == name)
-            return &spec;
+    for (const DocumentSpec &described : documents) {
+        if (described.name == name)
+            return &described;
     }
     return nullptr;
 }

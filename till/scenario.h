@@ -238,7 +238,7 @@ struct Scenario
     /// Checked once every action has run.
     Expectation expect;
 
-    /// The document spec named \a name, or null.
+    /// The document described named \a name, or null.
     const DocumentSpec *document(const QString &name) const;
 };
 

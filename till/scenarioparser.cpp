@@ -233,47 +233,47 @@ PositionSpec positionAt(const QJsonValue &value, const QString &path)
                QStringLiteral("inputType"), QStringLiteral("getMethods"), QStringLiteral("exciseMark"),
                QStringLiteral("goodsKitBarcode"), QStringLiteral("inputRawData"), QStringLiteral("bcodeMode"),
                QStringLiteral("data")});
-    PositionSpec spec;
-    spec.code = stringAt(required(object, path, QStringLiteral("code")), child(path, QStringLiteral("code")));
+    PositionSpec described;
+    described.code = stringAt(required(object, path, QStringLiteral("code")), child(path, QStringLiteral("code")));
     for (auto it = object.constBegin(); it != object.constEnd(); ++it) {
         const QString key = it.key();
         const QString at = child(path, key);
         if (key == QLatin1String("barcode"))
-            spec.barcode = stringAt(it.value(), at);
+            described.barcode = stringAt(it.value(), at);
         else if (key == QLatin1String("name"))
-            spec.name = stringAt(it.value(), at);
+            described.name = stringAt(it.value(), at);
         else if (key == QLatin1String("quantity"))
-            spec.quantity = numberAt(it.value(), at);
+            described.quantity = numberAt(it.value(), at);
         else if (key == QLatin1String("price"))
-            spec.price = numberAt(it.value(), at);
+            described.price = numberAt(it.value(), at);
         else if (key == QLatin1String("sum"))
-            spec.sum = numberAt(it.value(), at);
+            described.sum = numberAt(it.value(), at);
         else if (key == QLatin1String("vatRate"))
-            spec.vatRate = numberAt(it.value(), at);
+            described.vatRate = numberAt(it.value(), at);
         else if (key == QLatin1String("vatIndex"))
-            spec.vatIndex = integerAt(it.value(), at);
+            described.vatIndex = integerAt(it.value(), at);
         else if (key == QLatin1String("vatCodes"))
-            spec.vatCodes = integersAt(it.value(), at);
+            described.vatCodes = integersAt(it.value(), at);
         else if (key == QLatin1String("vatSums"))
-            spec.vatSums = numbersAt(it.value(), at);
+            described.vatSums = numbersAt(it.value(), at);
         else if (key == QLatin1String("fractional"))
-            spec.fractional = boolAt(it.value(), at);
+            described.fractional = boolAt(it.value(), at);
         else if (key == QLatin1String("inputType"))
-            spec.inputType = integerAt(it.value(), at);
+            described.inputType = integerAt(it.value(), at);
         else if (key == QLatin1String("getMethods"))
-            spec.getMethods = integersAt(it.value(), at);
+            described.getMethods = integersAt(it.value(), at);
         else if (key == QLatin1String("exciseMark"))
-            spec.exciseMark = stringAt(it.value(), at);
+            described.exciseMark = stringAt(it.value(), at);
         else if (key == QLatin1String("goodsKitBarcode"))
-            spec.goodsKitBarcode = stringAt(it.value(), at);
+            described.goodsKitBarcode = stringAt(it.value(), at);
         else if (key == QLatin1String("inputRawData"))
-            spec.inputRawData = stringAt(it.value(), at);
+            described.inputRawData = stringAt(it.value(), at);
         else if (key == QLatin1String("bcodeMode"))
-            spec.bcodeMode = integerAt(it.value(), at);
+            described.bcodeMode = integerAt(it.value(), at);
         else if (key == QLatin1String("data"))
-            spec.data = additionalDataAt(it.value(), at);
+            described.data = additionalDataAt(it.value(), at);
     }
-    return spec;
+    return described;
 }
 
 /// MoneyItem properties a payment may set besides code, amount and change.
@@ -294,33 +294,33 @@ PaymentSpec paymentAt(const QJsonObject &object, const QString &path, const QStr
     allowOnly(object, path,
               QStringList{QStringLiteral("code"), QStringLiteral("amount"), QStringLiteral("change"), QStringLiteral("details")}
                   + otherKeys);
-    PaymentSpec spec;
-    spec.code = integerAt(required(object, path, QStringLiteral("code")), child(path, QStringLiteral("code")));
-    spec.amount = numberAt(required(object, path, QStringLiteral("amount")), child(path, QStringLiteral("amount")));
+    PaymentSpec described;
+    described.code = integerAt(required(object, path, QStringLiteral("code")), child(path, QStringLiteral("code")));
+    described.amount = numberAt(required(object, path, QStringLiteral("amount")), child(path, QStringLiteral("amount")));
     if (object.contains(QStringLiteral("change")))
-        spec.change = boolAt(object.value(QStringLiteral("change")), child(path, QStringLiteral("change")));
+        described.change = boolAt(object.value(QStringLiteral("change")), child(path, QStringLiteral("change")));
     if (object.contains(QStringLiteral("details"))) {
         const QString at = child(path, QStringLiteral("details"));
         const QJsonObject details = objectAt(object.value(QStringLiteral("details")), at);
         allowOnly(details, at, paymentDetailNames());
-        spec.details = details.toVariantMap();
+        described.details = details.toVariantMap();
     }
-    return spec;
+    return described;
 }
 
 ImpactSpec impactAt(const QJsonValue &value, const QString &path)
 {
-    ImpactSpec spec;
+    ImpactSpec described;
     const QJsonArray totals = arrayAt(value, path);
     for (qsizetype i = 0; i < totals.size(); ++i) {
         const QString at = element(path, i);
         const QJsonObject total = objectAt(totals.at(i), at);
         allowOnly(total, at, {QStringLiteral("discountMode"), QStringLiteral("discountSum")});
-        spec.totals << qMakePair(
+        described.totals << qMakePair(
             integerAt(required(total, at, QStringLiteral("discountMode")), child(at, QStringLiteral("discountMode"))),
             numberAt(required(total, at, QStringLiteral("discountSum")), child(at, QStringLiteral("discountSum"))));
     }
-    return spec;
+    return described;
 }
 
 DocumentSpec documentAt(const QString &name, const QJsonValue &value, const QString &path)
@@ -332,49 +332,49 @@ DocumentSpec documentAt(const QString &name, const QJsonValue &value, const QStr
                QStringLiteral("commonReason"), QStringLiteral("reasonDictionary"), QStringLiteral("roundingSum"),
                QStringLiteral("positions"), QStringLiteral("payments"), QStringLiteral("impacts"),
                QStringLiteral("properties"), QStringLiteral("pluginData")});
-    DocumentSpec spec;
-    spec.name = name;
-    spec.type = documentTypeAt(required(object, path, QStringLiteral("type")), child(path, QStringLiteral("type")));
+    DocumentSpec described;
+    described.name = name;
+    described.type = documentTypeAt(required(object, path, QStringLiteral("type")), child(path, QStringLiteral("type")));
     for (auto it = object.constBegin(); it != object.constEnd(); ++it) {
         const QString key = it.key();
         const QString at = child(path, key);
         if (key == QLatin1String("saleIdentifier"))
-            spec.saleIdentifier = stringAt(it.value(), at);
+            described.saleIdentifier = stringAt(it.value(), at);
         else if (key == QLatin1String("saleDate"))
-            spec.saleDate = dateAt(it.value(), at);
+            described.saleDate = dateAt(it.value(), at);
         else if (key == QLatin1String("dateTime"))
-            spec.dateTime = dateTimeAt(it.value(), at);
+            described.dateTime = dateTimeAt(it.value(), at);
         else if (key == QLatin1String("store"))
-            spec.store = stringAt(it.value(), at);
+            described.store = stringAt(it.value(), at);
         else if (key == QLatin1String("card"))
-            spec.card = stringAt(it.value(), at);
+            described.card = stringAt(it.value(), at);
         else if (key == QLatin1String("commonReason"))
-            spec.commonReason = integerAt(it.value(), at);
+            described.commonReason = integerAt(it.value(), at);
         else if (key == QLatin1String("reasonDictionary"))
-            spec.reasonDictionary = integerAt(it.value(), at);
+            described.reasonDictionary = integerAt(it.value(), at);
         else if (key == QLatin1String("roundingSum"))
-            spec.roundingSum = numberAt(it.value(), at);
+            described.roundingSum = numberAt(it.value(), at);
         else if (key == QLatin1String("positions")) {
             const QJsonArray positions = arrayAt(it.value(), at);
             for (qsizetype i = 0; i < positions.size(); ++i)
-                spec.positions << positionAt(positions.at(i), element(at, i));
+                described.positions << positionAt(positions.at(i), element(at, i));
         } else if (key == QLatin1String("payments")) {
             const QJsonArray payments = arrayAt(it.value(), at);
             for (qsizetype i = 0; i < payments.size(); ++i)
-                spec.payments << paymentAt(objectAt(payments.at(i), element(at, i)), element(at, i), {});
+                described.payments << paymentAt(objectAt(payments.at(i), element(at, i)), element(at, i), {});
         } else if (key == QLatin1String("impacts")) {
             const QJsonArray impacts = arrayAt(it.value(), at);
             for (qsizetype i = 0; i < impacts.size(); ++i)
-                spec.impacts << impactAt(impacts.at(i), element(at, i));
+                described.impacts << impactAt(impacts.at(i), element(at, i));
         } else if (key == QLatin1String("properties")) {
-            spec.properties = objectAt(it.value(), at).toVariantMap();
+            described.properties = objectAt(it.value(), at).toVariantMap();
         } else if (key == QLatin1String("pluginData")) {
-            spec.pluginData = objectAt(it.value(), at).toVariantMap();
+            described.pluginData = objectAt(it.value(), at).toVariantMap();
         }
     }
-    if (spec.type == 25 && spec.saleIdentifier.isEmpty() && object.contains(QStringLiteral("saleDate")))
+    if (described.type == 25 && described.saleIdentifier.isEmpty() && object.contains(QStringLiteral("saleDate")))
         fail(child(path, QStringLiteral("saleDate")), QStringLiteral("a sale date needs a saleIdentifier"));
-    return spec;
+    return described;
 }
 
 TillSettings tillAt(const QJsonValue &value, const QString &path)
@@ -628,15 +628,15 @@ ScenarioAction actionAt(const QJsonValue &value, const QString &path, const Scen
         allowOnly(object, path, common + QStringList{QStringLiteral("document"), QStringLiteral("orvel")});
         const QString at = child(path, QStringLiteral("document"));
         action.document = stringAt(required(object, path, QStringLiteral("document")), at);
-        const DocumentSpec *spec = scenario.document(action.document);
-        if (!spec)
+        const DocumentSpec *described = scenario.document(action.document);
+        if (!described)
             fail(at, QStringLiteral("no document %1 in documents").arg(quoted(action.document)));
         if (action.type == ScenarioAction::BackBySale) {
-            if (spec->type != 25)
+            if (described->type != 25)
                 fail(at, QStringLiteral("a return by sale needs a document of type returnBySale"));
             action.orvel = object.contains(QStringLiteral("orvel"))
                 ? boolAt(object.value(QStringLiteral("orvel")), child(path, QStringLiteral("orvel")))
-                : spec->saleIdentifier.isEmpty();
+                : described->saleIdentifier.isEmpty();
         } else if (object.contains(QStringLiteral("orvel"))) {
             fail(child(path, QStringLiteral("orvel")), QStringLiteral("only a backBySale action takes orvel"));
         }

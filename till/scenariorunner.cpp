@@ -280,9 +280,9 @@ bool ScenarioRunner::run(const Options &options, Report *report, QString *error)
     report->actionCount = count;
     report->actions = progress.records();
     const int system = till.cardType();
-    for (const DocumentSpec &spec : m_scenario.documents) {
-        if (const auto document = till.documents().find(documentId(m_run, spec.name)))
-            report->documents.insert(spec.name, DocumentSnapshot::toJson(*document, system));
+    for (const DocumentSpec &described : m_scenario.documents) {
+        if (const auto document = till.documents().find(documentId(m_run, described.name)))
+            report->documents.insert(described.name, DocumentSnapshot::toJson(*document, system));
     }
     report->failures = ExpectationChecker::check(m_scenario.expect, observe(m_scenario.expect, report->actions, {}, &till));
     if (script.remaining() > 0)

@@ -80,13 +80,13 @@ int ShellSession::run(const QString &pluginFolder)
 
 void ShellSession::newDocument(int type, const QString &saleIdentifier, Till *till, TillActions *actions)
 {
-    DocumentSpec spec;
-    spec.type = type;
-    spec.saleIdentifier = saleIdentifier;
+    DocumentSpec described;
+    described.type = type;
+    described.saleIdentifier = saleIdentifier;
     QString error;
     const int run = till->state().takeRunNumber(&error);
     const DocumentBuilder builder(till->cardType(), till->settings().store);
-    const auto document = builder.document(spec, ScenarioRunner::documentId(run, QStringLiteral("shell")),
+    const auto document = builder.document(described, ScenarioRunner::documentId(run, QStringLiteral("shell")),
                                            MockFactory<CurrentTime>::create()->now());
     if (type == 25)
         actions->backBySale(document, saleIdentifier.isEmpty());
