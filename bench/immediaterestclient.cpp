@@ -6,7 +6,7 @@ ImmediateRestClient::ImmediateRestClient(const QByteArray &answer)
     m_answer.setBody(answer);
 }
 
-bool ImmediateRestClient::post(const QUrl &url, const QJsonDocument &body, const Headers &)
+bool ImmediateRestClient::postRaw(const QUrl &url, const QByteArray &body, const Headers &)
 {
     m_answer.setUrl(url);
     m_lastBody = body;

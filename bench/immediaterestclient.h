@@ -9,12 +9,12 @@ class ImmediateRestClient : public RestClient
 public:
     explicit ImmediateRestClient(const QByteArray &answer);
 
-    bool post(const QUrl &url, const QJsonDocument &body, const Headers &headers) override;
+    bool postRaw(const QUrl &url, const QByteArray &body, const Headers &headers) override;
     http::Response lastResponse() const override { return m_answer; }
 
-    QJsonDocument lastBody() const { return m_lastBody; }
+    QJsonDocument lastBody() const { return QJsonDocument::fromJson(m_lastBody); }
 
 private:
     http::Response m_answer;
-    QJsonDocument m_lastBody;
+    QByteArray m_lastBody;
 };

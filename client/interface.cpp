@@ -103,6 +103,19 @@ QString methodPath(Interface::Method method)
     return QString();
 }
 
+// A JSON body whose caller names no content type goes as JSON, as a posted
+// JSON document would.
+Interface::Headers withJsonContentType(Interface::Headers headers)
+{
+    const QString name = QStringLiteral("Content-Type");
+    for (auto it = headers.cbegin(); it != headers.cend(); ++it) {
+        if (it.key().compare(name, Qt::CaseInsensitive) == 0)
+            return headers;
+    }
+    headers.insert(name, QStringLiteral("application/json"));
+    return headers;
+}
+
 // A form value with every reserved character encoded: QUrlQuery leaves "+" as
 // it stands, which a form decoder would read as a blank.
 QString formValue(const QString &value)
@@ -307,8 +320,11 @@ Response Interface::handleRequest(const QUrl &target, const QJsonObject &body, c
     if (!useTokenAuth || !token.isEmpty()) {
         const QByteArray json = QJsonDocument(body).toJson(QJsonDocument::Compact);
         const Headers sent = getGateHeaders(target, json, headers, !post);
+        // The text signed is the text sent, serialised once: a second
+        // serialisation by the transport could differ from the signed one, and
+        // costs as much as the exchange itself.
         if (post)
-            restClient->post(target, QJsonDocument(body), sent);
+            restClient->postRaw(target, json, withJsonContentType(sent));
         else
             restClient->get(target, QJsonDocument(), sent);
         const http::Response reply = restClient->lastResponse();

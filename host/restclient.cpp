@@ -40,36 +40,21 @@ void appendLine(HeaderList &list, const QByteArray &line)
     list.reset(grown ? grown : head);
 }
 
-// The body of a POST, handed to libcurl piece by piece.
-//
 // libcurl sends a request once more on a fresh connection when a kept-alive
-// one dies before any answer. For a POST whose body has already left, the
-// service may have applied it: sending it again could double a cart update or
-// an advice note. So once any byte of the body was taken, the body cannot be
-// rewound, the retry fails, and the caller sees a network failure and decides
-// for itself (for example by reading the cart back).
-struct Upload
+// one dies before any answer. For a POST the service may already have applied
+// the first one: sending it again could double a cart update or an advice
+// note. So a POST is attempted once; libcurl's retry is refused before it
+// sends anything, and the caller sees a network failure and decides for
+// itself (for example by reading the cart back).
+struct Attempts
 {
-    const QByteArray *body = nullptr;
-    qsizetype offset = 0;
+    int made = 0;
 };
 
-size_t readUpload(char *buffer, size_t size, size_t count, void *source)
+int allowFirstAttemptOnly(void *data, char *, char *, int, int)
 {
-    auto *upload = static_cast<Upload *>(source);
-    const qsizetype left = upload->body->size() - upload->offset;
-    const qsizetype taken = std::min<qsizetype>(left, qsizetype(size * count));
-    std::copy_n(upload->body->constData() + upload->offset, taken, buffer);
-    upload->offset += taken;
-    return size_t(taken);
-}
-
-int rewindUpload(void *source, curl_off_t offset, int origin)
-{
-    auto *upload = static_cast<Upload *>(source);
-    if (origin != SEEK_SET || offset != 0 || upload->offset != 0)
-        return CURL_SEEKFUNC_FAIL;
-    return CURL_SEEKFUNC_OK;
+    auto *attempts = static_cast<Attempts *>(data);
+    return attempts->made++ == 0 ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
 size_t appendBody(char *data, size_t size, size_t count, void *target)
@@ -154,7 +139,7 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
     const HeaderList lines = headerList(headers);
     QByteArray received;
     QByteArrayList receivedHeaders;
-    Upload upload{&body, 0};
+    Attempts attempts;
 
     curl_easy_setopt(handle, CURLOPT_URL, target.constData());
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
@@ -169,12 +154,11 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &appendHeader);
     curl_easy_setopt(handle, CURLOPT_HEADERDATA, &receivedHeaders);
     if (verb == Verb::Post) {
-        curl_easy_setopt(handle, CURLOPT_POST, 1L);
+        // A body given whole goes out in the request's first packet.
         curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t(body.size()));
-        curl_easy_setopt(handle, CURLOPT_READFUNCTION, &readUpload);
-        curl_easy_setopt(handle, CURLOPT_READDATA, &upload);
-        curl_easy_setopt(handle, CURLOPT_SEEKFUNCTION, &rewindUpload);
-        curl_easy_setopt(handle, CURLOPT_SEEKDATA, &upload);
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.constData());
+        curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, &allowFirstAttemptOnly);
+        curl_easy_setopt(handle, CURLOPT_PREREQDATA, &attempts);
     } else {
         curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
     }
@@ -183,6 +167,8 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
     QElapsedTimer clock;
     clock.start();
     const CURLcode result = curl_easy_perform(handle);
+    if (attempts.made > 1)
+        qstrncpy(error.data(), "connection lost before the answer; a POST is not sent again", error.size());
     const qint64 elapsed = clock.elapsed();
     long status = 0;
     curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);

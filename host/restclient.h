@@ -16,7 +16,7 @@ class Logger;
 /// The host's HTTP client. Each exchange blocks the calling thread until the
 /// answer arrives or the time-out expires; connections are kept alive between
 /// exchanges. A POST is never sent twice: when a kept-alive connection dies
-/// after its body left, the exchange is a network failure, since the peer may
+/// before the answer, the exchange is a network failure, since the peer may
 /// have applied it. Made through MockFactory<RestClient>, so tests may
 /// substitute it.
 class RestClient

@@ -98,7 +98,7 @@ public:
         : m_response(response)
     {
     }
-    bool post(const QUrl &, const QJsonDocument &, const Headers &) override { return ++m_exchanges, false; }
+    bool postRaw(const QUrl &, const QByteArray &, const Headers &) override { return ++m_exchanges, false; }
     bool get(const QUrl &, const QJsonDocument &, const Headers &) override { return ++m_exchanges, false; }
     http::Response lastResponse() const override { return m_response; }
     int exchanges() const { return m_exchanges; }
@@ -153,6 +153,8 @@ private slots:
     void tokenUrlQueryItemsAreKept();
     void tokenFormValuesAreEncoded();
     void postSendsCompactJsonWithCallerHeaders();
+    void postContentType_data();
+    void postContentType();
     void getSendsNoBody();
     void tokenIsReusedWhileValid();
     void storedTokenIsReplacedThroughSetToken();
@@ -345,6 +347,32 @@ void TestTransport::postSendsCompactJsonWithCallerHeaders()
     QCOMPARE(header(request, "Content-Type"), QStringLiteral("application/json"));
     QCOMPARE(header(request, "X-Request-ID"), QStringLiteral("req-5"));
     QCOMPARE(header(request, "X-Extra"), QStringLiteral("yes"));
+}
+
+void TestTransport::postContentType_data()
+{
+    QTest::addColumn<Headers>("headers");
+    QTest::addColumn<QString>("sent");
+    QTest::newRow("none named") << Headers() << QStringLiteral("application/json");
+    QTest::newRow("standard headers") << Headers{{QStringLiteral("Content-Type"), QStringLiteral("application/json")}}
+                                      << QStringLiteral("application/json");
+    QTest::newRow("named by the caller, any case")
+            << Headers{{QStringLiteral("content-type"), QStringLiteral("application/json; charset=utf-8")}}
+            << QStringLiteral("application/json; charset=utf-8");
+}
+
+void TestTransport::postContentType()
+{
+    QFETCH(Headers, headers);
+    QFETCH(QString, sent);
+    ServiceTestBed bed({{QStringLiteral("Tessaro:useTokenAuth"), QStringLiteral("false")}});
+    bed.server().enqueue(Answer::json(200, R"({"cartUuid":"c-1"})"));
+    tessaro::Interface client;
+    client.send(client.getUrl(tessaro::Interface::CartCreate, QString()), QJsonObject{{"storeNo", 7}}, headers);
+    const Request request = bed.server().requests().first();
+    QCOMPARE(request.headerCount("Content-Type"), 1);
+    QCOMPARE(header(request, "Content-Type"), sent);
+    QCOMPARE(request.body, QByteArray(R"({"storeNo":7})"));
 }
 
 void TestTransport::getSendsNoBody()

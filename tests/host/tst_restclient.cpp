@@ -264,6 +264,7 @@ void TestRestClient::deadKeptAliveConnectionFailsPostWithoutResending()
     QVERIFY(!m_client->post(m_server->url(), parsed(R"({"item":1})"), {}));
 
     QVERIFY(m_client->lastResponse().isNetworkError());
+    QVERIFY(m_client->lastResponse().errorText().text().endsWith(QLatin1String("a POST is not sent again")));
     const QList<ScriptedHttpServer::Request> requests = m_server->requests();
     QCOMPARE(requests.size(), 2);
     QCOMPARE(requests.at(1).peerPort, requests.at(0).peerPort);

@@ -41,6 +41,8 @@ void TestSecretMask::text_data()
                                              << "mypassword=x&password_hint=y";
     QTest::newRow("url query") << "http://host/token?realm=r&client_secret=s#top"
                                << "http://host/token?realm=r&client_secret=***#top";
+    QTest::newRow("url query, name in capitals") << "http://host/t?APPSECRET=k&x=1"
+                                                 << "http://host/t?APPSECRET=***&x=1";
     QTest::newRow("nothing secret") << R"({"status":"ok"})" << R"({"status":"ok"})";
 }
 
