@@ -1,7 +1,6 @@
 #include "secretmask.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace {
 
@@ -15,13 +14,11 @@ const QString secretFields = QStringLiteral("access_token|client_secret|appSecre
 // only those that do are worth the patterns.
 bool namesSecretField(const QString &text)
 {
-    static const QLatin1String names[] = {QLatin1String("access_token"), QLatin1String("client_secret"),
-                                          QLatin1String("appsecret"), QLatin1String("password")};
+    static const QStringList names = secretFields.toCaseFolded().split(QLatin1Char('|'));
     // Folded once: case-sensitive searches are several times faster than
     // case-insensitive ones.
     const QString folded = text.toCaseFolded();
-    return std::any_of(std::cbegin(names), std::cend(names),
-                       [&folded](QLatin1String name) { return folded.contains(name); });
+    return std::any_of(names.cbegin(), names.cend(), [&folded](const QString &name) { return folded.contains(name); });
 }
 
 } // namespace
