@@ -3,6 +3,8 @@
 #include <documentsdao.h>
 #include <documentserializer.h>
 #include <emulator/emulator.h>
+#include <emulator/fault.h>
+#include <emulator/journalentry.h>
 
 #include <QFile>
 #include <QJsonDocument>
@@ -12,6 +14,8 @@
 #include <QTest>
 
 using namespace till;
+using tessaro::emulator::Fault;
+using tessaro::emulator::JournalEntry;
 
 /// The real plug-in on a till that is killed (SIGKILL) in the middle of a
 /// scenario and started again with the same command on the same data folder.
@@ -26,7 +30,7 @@ private slots:
 namespace {
 
 const QByteArray scenario = R"({
-    "name": "Two returns, killed in between",
+    "name": "Two returns, killed while the first closes",
     "documents": {
         "first": {"type": "return", "card": "2770000000013",
                   "properties": {"invoiceInfo": {"cashCode": "12", "invoiceNumber": "401", "storeNumber": "7", "invoiceDate": "2024-02-01"}}},
@@ -73,13 +77,15 @@ void TestKilledTill::killedTillFinishesTheScenario()
     const QStringList arguments{QStringLiteral("run"), QStringLiteral("--data"), folder.path(), QStringLiteral("--plugins"),
                                 QStringLiteral(TILL_PLUGIN_DIR), file};
 
-    // Killed as soon as it reports the first document paid.
+    // Killed while it waits for the answer to the first return's advice note,
+    // which the service holds without applying it.
+    emulator.faults().add(Fault(Fault::Kind::Hang, QStringLiteral("/advicenote")));
     QProcess till;
     till.start(QStringLiteral(TILL_EXECUTABLE), arguments);
-    QByteArray seen;
-    while (!seen.contains("[3/8]") && till.waitForReadyRead(30000))
-        seen += till.readAllStandardOutput();
+    QTRY_COMPARE_WITH_TIMEOUT(emulator.journal().entriesFor(QStringLiteral("/advicenote")).size(), 1, 30000);
+    const QByteArray seen = till.readAllStandardOutput();
     QVERIFY2(seen.contains("[3/8] pay 150 in currency 1 → 2"), seen.constData());
+    QVERIFY2(!seen.contains("[4/8]"), seen.constData());
     till.kill();
     QVERIFY(till.waitForFinished(30000));
     QCOMPARE(till.exitStatus(), QProcess::CrashExit);
@@ -103,8 +109,15 @@ void TestKilledTill::killedTillFinishesTheScenario()
     QCOMPARE(second.value(QStringLiteral("closed")).toBool(), true);
     QCOMPARE(DocumentsDao(folder.databaseFile()).getPaymentTotal(1, 1).toDouble(), 270.0);
 
-    // No advice note twice for the same document.
-    QCOMPARE(emulator.journal().entriesFor(QStringLiteral("/advicenote")).size(), 2);
+    // The held advice note again, then the second return's: each return's
+    // advice note applied once.
+    const QList<JournalEntry> adviceNotes = emulator.journal().entriesFor(QStringLiteral("/advicenote"));
+    QStringList invoices;
+    for (const JournalEntry &entry : adviceNotes) {
+        const QJsonObject original = entry.exchange.jsonObject().value(QStringLiteral("header")).toObject().value(QStringLiteral("originalInvoice")).toObject();
+        invoices.append(JournalEntry::outcomeName(entry.outcome) + QLatin1Char(' ') + original.value(QStringLiteral("invoiceNo")).toString());
+    }
+    QCOMPARE(invoices, QStringList({QStringLiteral("hung 401"), QStringLiteral("answered 401"), QStringLiteral("answered 402")}));
 }
 
 QTEST_GUILESS_MAIN(TestKilledTill)
