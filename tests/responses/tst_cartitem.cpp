@@ -85,6 +85,11 @@ void TestCartItem::unitPrice_data()
     QTest::newRow("negative half cent") << 2.0 << -0.01 << -0.01;
     QTest::newRow("two thirds, up") << 3.0 << 20.0 << 6.67;
     QTest::newRow("zero total") << 2.0 << 0.0 << 0.0;
+    // Beyond 64 bits of hundredths a double is a whole number: nothing to round.
+    QTest::newRow("too large for 64 bits") << 1.0 << 1.5e27 << 1.5e27;
+    QTest::newRow("too large for 64 bits, negative") << 1.0 << -1.5e27 << -1.5e27;
+    QTest::newRow("largest whole double that fits") << 1.0 << 9.0e16 << 9.0e16;
+    QTest::newRow("infinite") << 0.5 << 1.7e308 << qInf();
 }
 
 void TestCartItem::unitPrice()
