@@ -171,7 +171,8 @@ int Cart::pointsToRredeem() const
     if (m_customer.isEmpty())
         return 0;
     const int points = m_customer.value(QStringLiteral("points")).toInt();
-    return std::max(0, std::min(points, int(std::floor(totalGross()))));
+    // Compared as doubles: a total beyond the int range must not be converted.
+    return int(std::max(0.0, std::min(double(points), std::floor(totalGross()))));
 }
 
 QJsonObject Cart::toJson() const

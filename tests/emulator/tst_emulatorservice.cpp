@@ -119,6 +119,7 @@ private slots:
     void customerAnswers_data();
     void customerAnswers();
     void customerPointsLimitedByCart();
+    void customerPointsOfACartBeyondTheIntRange();
     void paidCartTakesNoMoreChanges();
     void cartStatusChecks_data();
     void cartStatusChecks();
@@ -575,6 +576,15 @@ void TestEmulatorService::customerPointsLimitedByCart()
     QCOMPARE(two.value(QStringLiteral("pointsToRredeem")).toInt(), 150);
     QCOMPARE(two.value(QStringLiteral("customer")).toObject().value(QStringLiteral("lastName")).toString(),
              QStringLiteral("Petrova"));
+}
+
+void TestEmulatorService::customerPointsOfACartBeyondTheIntRange()
+{
+    const QString uuid = createCart();
+    m_session->post(QStringLiteral("/cart/%1/add_customer").arg(uuid), {{QStringLiteral("cardBarcode"), knownCard}});
+    const CurlResult result = m_session->post(QStringLiteral("/cart/%1/update").arg(uuid), itemBody(milkBarcode, 1e12));
+    QCOMPARE(result.status, 200L);
+    QCOMPARE(result.object().value(QStringLiteral("pointsToRredeem")).toInt(), 150);
 }
 
 void TestEmulatorService::paidCartTakesNoMoreChanges()
