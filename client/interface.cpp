@@ -330,9 +330,9 @@ Response Interface::handleRequest(const QUrl &target, const QJsonObject &body, c
         const http::Response reply = restClient->lastResponse();
         result = Response(reply);
 
-        if (!useTokenAuth || result.status() != Response::TokenError) {
+        const Response::Status status = result.status();
+        if (!useTokenAuth || status != Response::TokenError) {
             tokenRetried = false;
-            const Response::Status status = result.status();
             if (reply.isNetworkError() && status != Response::ShiftAlreadyOpened && status != Response::ShiftClosed)
                 throw ConnectionErrorException();
             return result;
