@@ -19,7 +19,9 @@
 #include <emulator/emulator.h>
 #include <mockfactory.h>
 
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -40,6 +42,14 @@ bool prepareFolder(const TillDataFolder &folder, const QUrl &service, const QUrl
     ini.remove(QStringLiteral("TessaroBack.AdditionalBackBySaleValuts"));
     ini.sync();
     return ini.status() == QSettings::NoError;
+}
+
+/// Where the sessions' tills live: in memory when the system offers it, since
+/// every document save and shift record is synced to disk.
+QString workFolder()
+{
+    const QFileInfo memory(QStringLiteral("/dev/shm"));
+    return memory.isDir() && memory.isWritable() ? memory.filePath() : QDir::tempPath();
 }
 
 } // namespace
@@ -90,7 +100,7 @@ SessionOutcome SessionRunner::run(const SimulatedSession &session) const
     tessaro::emulator::Emulator emulator(emulatorSettings(session));
     emulator.clock().setNow(SessionGenerator::epoch());
     InvariantChecker checker(&emulator, timeoutMs, secrets());
-    QTemporaryDir dir;
+    QTemporaryDir dir(workFolder() + QStringLiteral("/tessaro-simulate-XXXXXX"));
     const TillDataFolder folder(dir.filePath(QStringLiteral("till")));
     QString error;
     if (emulator.startInThread(0) == 0 || !prepareFolder(folder, emulator.baseUrl(), emulator.tokenUrl(), &error)) {
