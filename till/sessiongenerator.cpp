@@ -1,6 +1,5 @@
 #include "sessiongenerator.h"
 
-#include <QTimeZone>
 
 namespace till {
 
@@ -48,7 +47,7 @@ quint64 SessionGenerator::sessionSeed(quint64 runSeed, quint64 index)
 
 QDateTime SessionGenerator::epoch()
 {
-    return QDateTime(QDate(2024, 3, 1), QTime(10, 0), QTimeZone::utc());
+    return QDateTime(QDate(2024, 3, 1), QTime(10, 0), Qt::UTC);
 }
 
 SimulatedSession SessionGenerator::generate(quint64 seed) const

@@ -5,6 +5,7 @@
 #include "faultinjectingrestclient.h"
 #include "faultplanner.h"
 #include "invariantchecker.h"
+#include "killedtillrun.h"
 #include "logwatch.h"
 #include "randomcashier.h"
 #include "recordingcashier.h"
@@ -32,11 +33,19 @@ namespace {
 constexpr int storeNo = 7;
 constexpr int tillNo = 12;
 
-/// The simulated till starts without currency tables: the session's settings bring its own.
-bool prepareFolder(const TillDataFolder &folder, const QUrl &service, const QUrl &token, QString *error)
+} // namespace
+
+SessionRunner::SessionRunner(const QString &pluginFolder, const QString &program)
+    : m_pluginFolder(pluginFolder)
+    , m_program(program)
+{
+}
+
+bool SessionRunner::prepareFolder(const TillDataFolder &folder, const QUrl &service, const QUrl &token, QString *error)
 {
     if (!folder.create(service.toString(), token.toString(), error))
         return false;
+    // The simulated till starts without currency tables: the session's settings bring its own.
     QSettings ini(folder.configFile(), QSettings::IniFormat);
     ini.remove(QStringLiteral("Tessaro.ForbiddenMixedValuts"));
     ini.remove(QStringLiteral("TessaroBack.AdditionalBackBySaleValuts"));
@@ -44,19 +53,10 @@ bool prepareFolder(const TillDataFolder &folder, const QUrl &service, const QUrl
     return ini.status() == QSettings::NoError;
 }
 
-/// Where the sessions' tills live: in memory when the system offers it, since
-/// every document save and shift record is synced to disk.
-QString workFolder()
+QString SessionRunner::workFolder()
 {
     const QFileInfo memory(QStringLiteral("/dev/shm"));
     return memory.isDir() && memory.isWritable() ? memory.filePath() : QDir::tempPath();
-}
-
-} // namespace
-
-SessionRunner::SessionRunner(const QString &pluginFolder)
-    : m_pluginFolder(pluginFolder)
-{
 }
 
 tessaro::emulator::EmulatorSettings SessionRunner::emulatorSettings(const SimulatedSession &session)
@@ -180,6 +180,8 @@ SessionOutcome SessionRunner::run(const SimulatedSession &session) const
     outcome.played.scripted = true;
     outcome.played.scenario.answers = cashier.answers();
     outcome.played.faults = struck;
+    if (session.killChild && !m_program.isEmpty())
+        KilledTillRun(m_program, m_pluginFolder).run(outcome.played, &outcome);
     return outcome;
 }
 

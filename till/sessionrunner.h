@@ -2,6 +2,7 @@
 
 #include "sessionoutcome.h"
 #include "simulatedsession.h"
+#include "tilldatafolder.h"
 
 #include <emulator/emulatorsettings.h>
 
@@ -17,7 +18,9 @@ namespace till {
 class SessionRunner
 {
 public:
-    explicit SessionRunner(const QString &pluginFolder);
+    /// \a program is tessaro-till itself, for the sessions played in a child
+    /// process that is killed; without it those are played in this process only.
+    explicit SessionRunner(const QString &pluginFolder, const QString &program = QString());
 
     SessionOutcome run(const SimulatedSession &session) const;
 
@@ -26,9 +29,15 @@ public:
     static tessaro::emulator::EmulatorSettings emulatorSettings(const SimulatedSession &session);
     /// The values no log line may show.
     static QStringList secrets();
+    /// Creates a simulated till's data folder for the service at \a service.
+    static bool prepareFolder(const TillDataFolder &folder, const QUrl &service, const QUrl &token, QString *error);
+    /// Where the sessions' tills live: in memory when the system offers it,
+    /// since every document save and shift record is synced to disk.
+    static QString workFolder();
 
 private:
     QString m_pluginFolder;
+    QString m_program;
 };
 
 } // namespace till

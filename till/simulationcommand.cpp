@@ -76,7 +76,7 @@ SimulationReport::Failure SimulationCommand::settle(const SessionOutcome &outcom
 {
     const InvariantChecker::Violation first = outcome.violations.first();
     SimulationReport::Failure failure{outcome.seed, first.invariant, first.detail, replayCommand(outcome.seed), QString()};
-    const SessionRunner runner(m_options.pluginFolder);
+    const SessionRunner runner(m_options.pluginFolder, m_options.program);
     SessionShrinker shrinker([&runner, &first](const SimulatedSession &candidate) { return hasViolation(runner.run(candidate), first.invariant); },
                              shrinkBudget);
     const SimulatedSession shrunk = shrinker.shrink(outcome.played);
@@ -97,7 +97,7 @@ SimulationReport::Failure SimulationCommand::settle(const SessionOutcome &outcom
 int SimulationCommand::replay(quint64 seed)
 {
     const SessionGenerator generator(m_options.rates);
-    const SessionOutcome outcome = SessionRunner(m_options.pluginFolder).run(generator.generate(seed));
+    const SessionOutcome outcome = SessionRunner(m_options.pluginFolder, m_options.program).run(generator.generate(seed));
     SimulationReport report(seed);
     report.add(outcome);
     if (outcome.failed())
@@ -112,7 +112,7 @@ int SimulationCommand::replay(quint64 seed)
 int SimulationCommand::work(int first, int stride, qint64 deadline)
 {
     const SessionGenerator generator(m_options.rates);
-    const SessionRunner runner(m_options.pluginFolder);
+    const SessionRunner runner(m_options.pluginFolder, m_options.program);
     const int total = m_options.sessions.value_or(std::numeric_limits<int>::max());
     for (qint64 index = first; index < total; index += stride) {
         if (deadline > 0 && QDateTime::currentMSecsSinceEpoch() >= deadline)
