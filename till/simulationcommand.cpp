@@ -44,6 +44,12 @@ SimulationReport::Failure failureFromJson(const QJsonObject &json)
             json.value(QStringLiteral("scenario")).toString()};
 }
 
+SimulationCommand::Player &player()
+{
+    static SimulationCommand::Player player;
+    return player;
+}
+
 } // namespace
 
 /// One worker process and the session it is in the middle of.
@@ -62,6 +68,18 @@ SimulationCommand::SimulationCommand(const Options &options, QTextStream *out, Q
 {
 }
 
+void SimulationCommand::setPlayer(const Player &play)
+{
+    player() = play;
+}
+
+SessionOutcome SimulationCommand::play(quint64 seed) const
+{
+    if (player())
+        return player()(seed, m_options.rates.fault);
+    return SessionRunner(m_options.pluginFolder, m_options.program).run(SessionGenerator(m_options.rates).generate(seed));
+}
+
 QString SimulationCommand::replayCommand(quint64 seed) const
 {
     return QStringLiteral("%1 simulate --replay %2 --fault-rate %3 --kill-rate %4 --plugins %5")
@@ -76,6 +94,8 @@ SimulationReport::Failure SimulationCommand::settle(const SessionOutcome &outcom
 {
     const InvariantChecker::Violation first = outcome.violations.first();
     SimulationReport::Failure failure{outcome.seed, first.invariant, first.detail, replayCommand(outcome.seed), QString()};
+    if (player())
+        return failure;
     const SessionRunner runner(m_options.pluginFolder, m_options.program);
     SessionShrinker shrinker([&runner, &first](const SimulatedSession &candidate) { return hasViolation(runner.run(candidate), first.invariant); },
                              shrinkBudget);
@@ -96,8 +116,7 @@ SimulationReport::Failure SimulationCommand::settle(const SessionOutcome &outcom
 
 int SimulationCommand::replay(quint64 seed)
 {
-    const SessionGenerator generator(m_options.rates);
-    const SessionOutcome outcome = SessionRunner(m_options.pluginFolder, m_options.program).run(generator.generate(seed));
+    const SessionOutcome outcome = play(seed);
     SimulationReport report(seed);
     report.add(outcome);
     if (outcome.failed())
@@ -111,8 +130,6 @@ int SimulationCommand::replay(quint64 seed)
 
 int SimulationCommand::work(int first, int stride, qint64 deadline)
 {
-    const SessionGenerator generator(m_options.rates);
-    const SessionRunner runner(m_options.pluginFolder, m_options.program);
     const int total = m_options.sessions.value_or(std::numeric_limits<int>::max());
     for (qint64 index = first; index < total; index += stride) {
         if (deadline > 0 && QDateTime::currentMSecsSinceEpoch() >= deadline)
@@ -121,7 +138,7 @@ int SimulationCommand::work(int first, int stride, qint64 deadline)
         *m_out << QJsonDocument(QJsonObject{{QStringLiteral("begin"), double(index)}, {QStringLiteral("seed"), double(seed)}})
                       .toJson(QJsonDocument::Compact)
                << Qt::endl;
-        const SessionOutcome outcome = runner.run(generator.generate(seed));
+        const SessionOutcome outcome = play(seed);
         QJsonObject line = outcome.toJson();
         line.insert(QStringLiteral("index"), double(index));
         if (outcome.failed())
@@ -224,8 +241,21 @@ int SimulationCommand::run()
                     start(worker, next);
                     return;
                 }
+            } else if (status == QProcess::CrashExit || exitCode != 0) {
+                // Between sessions: a sanitizer's report at exit (leaks), or a worker that could not run.
+                const QString detail = QStringLiteral("a worker ended with %1 after its sessions")
+                                           .arg(status == QProcess::CrashExit ? QStringLiteral("a crash") : QStringLiteral("exit code %1").arg(exitCode));
+                report.addWorkerFailure({0, QStringLiteral("no-sanitizer-report"), detail, QString(), QString()});
+                *m_err << QStringLiteral("simulate: FAILED: ") << detail << Qt::endl;
             }
             if (alive == 0)
+                loop.quit();
+        });
+        QObject::connect(&worker->process, &QProcess::errorOccurred, &loop, [&](QProcess::ProcessError error) {
+            if (error != QProcess::FailedToStart)
+                return;
+            report.addWorkerFailure({0, QStringLiteral("setup"), QStringLiteral("a worker could not start: %1").arg(m_options.program), QString(), QString()});
+            if (--alive == 0)
                 loop.quit();
         });
         start(worker, job);

@@ -6,13 +6,14 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 
 class QTextStream;
 
 namespace till {
 
-class SessionOutcome;
+struct SessionOutcome;
 
 /// tessaro-till simulate: plays seeded random sessions against the
 /// emulator with faults and kills, checks every invariant after every step,
@@ -41,6 +42,12 @@ public:
 
     SimulationCommand(const Options &options, QTextStream *out, QTextStream *err);
 
+    /// Plays the session of a seed at a fault rate.
+    using Player = std::function<SessionOutcome(quint64 seed, double faultRate)>;
+    /// Makes this process's workers and replays play \a player's sessions
+    /// (the client's cart sessions) instead of till sessions; those are not shrunk.
+    static void setPlayer(const Player &player);
+
     /// Runs the simulation in worker processes; returns 0 when no invariant was violated.
     int run();
     /// Plays the one session of \a seed in this process, shrinks and writes it when it fails.
@@ -57,6 +64,7 @@ private:
 
     /// Shrinks a failing session and writes it; returns the failure for the report.
     SimulationReport::Failure settle(const SessionOutcome &outcome) const;
+    SessionOutcome play(quint64 seed) const;
     QStringList workerArguments(int first, int stride, qint64 deadline) const;
 
     Options m_options;

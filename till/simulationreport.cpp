@@ -27,6 +27,12 @@ void SimulationReport::addFailure(const Failure &failure)
     m_failures << failure;
 }
 
+void SimulationReport::addWorkerFailure(const Failure &failure)
+{
+    ++m_violations;
+    m_failures << failure;
+}
+
 double SimulationReport::sessionsPerMinute() const
 {
     return m_elapsedMs > 0 ? m_sessions * 60000.0 / double(m_elapsedMs) : 0.0;

@@ -29,6 +29,8 @@ public:
 
     void add(const SessionOutcome &outcome);
     void addFailure(const Failure &failure);
+    /// A failure outside any session (a worker's crash or report at exit): counted as a violation.
+    void addWorkerFailure(const Failure &failure);
     void setElapsedMs(qint64 elapsedMs) { m_elapsedMs = elapsedMs; }
 
     int sessions() const { return m_sessions; }

@@ -302,13 +302,16 @@ int TillApplication::simulate(const QStringList &arguments)
                                  QStringLiteral("DIR"), QStringLiteral("simulation-failures"));
     const QCommandLineOption replay(QStringLiteral("replay"), QStringLiteral("Play the one session of this seed in this process, as a failure's replay command does."),
                                     QStringLiteral("SEED"));
+    const QCommandLineOption cart(QStringLiteral("cart"),
+                                  QStringLiteral("Drive the client's cart operations directly against the emulator with faults, instead of tills "
+                                                 "(the program tessaro-till-cart beside this one)."));
     QCommandLineOption worker(QStringLiteral("worker"), QStringLiteral("Internal: be a worker starting at session N."), QStringLiteral("N"));
     QCommandLineOption stride(QStringLiteral("stride"), QStringLiteral("Internal: a worker's step between sessions."), QStringLiteral("N"), QStringLiteral("1"));
     QCommandLineOption deadline(QStringLiteral("deadline"), QStringLiteral("Internal: a worker's end, ms since the epoch."), QStringLiteral("MS"),
                                 QStringLiteral("0"));
     for (QCommandLineOption *hidden : {&worker, &stride, &deadline})
         hidden->setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOptions({seed, sessions, seconds, jobs, killRate, faultRate, plugins, json, outFolder, replay, worker, stride, deadline});
+    parser.addOptions({seed, sessions, seconds, jobs, killRate, faultRate, plugins, json, outFolder, replay, cart, worker, stride, deadline});
     const int parsed = parse(&parser, arguments,
                              QStringLiteral("Plays seeded random cashier sessions on tills with the real plug-in against the Tessaro service\n"
                                             "emulator in the process, with service faults and till kills, and checks every invariant after\n"
@@ -339,7 +342,8 @@ int TillApplication::simulate(const QStringList &arguments)
     options.pluginFolder = QFileInfo(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder()).absoluteFilePath();
     options.json = parser.isSet(json);
     options.outFolder = QFileInfo(parser.value(outFolder)).absoluteFilePath();
-    options.program = QCoreApplication::applicationFilePath();
+    options.program = parser.isSet(cart) ? QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("tessaro-till-cart"))
+                                         : QCoreApplication::applicationFilePath();
     if (!ok || options.rates.kill > 1 || options.rates.fault > 1)
         return usage(QStringLiteral("simulate: a count, a rate (0 to 1) or a seed is not a number"));
 
