@@ -10,6 +10,7 @@
 #include <documentsdao.h>
 #include <documentserializer.h>
 #include <emulator/emulator.h>
+#include <emulator/journalentry.h>
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -109,18 +110,19 @@ bool KilledTillRun::run(const SimulatedSession &played, SessionOutcome *outcome)
         return true;
     }
 
-    // The advice notes: each body applied once, or more only after lost answers.
+    // Read from the journal: the killed run's records did not survive it.
     QHash<QString, int> lost;
     bool tillOpened = false;
-    for (const QJsonValue &value : report.value(QStringLiteral("actions")).toArray()) {
-        for (const RequestRecord &request : ActionRecord::fromJson(value.toObject()).requests) {
-            const QString status = request.responseBody.toObject().value(QStringLiteral("status")).toString();
-            const bool usable = !request.networkError && request.httpCode == 200 && !request.responseBody.toObject().isEmpty();
-            if (request.path.endsWith(QLatin1String("/till/open")))
-                tillOpened = tillOpened || usable || status.startsWith(QLatin1String("The shift is already open"));
-            if (request.path.endsWith(QLatin1String("/advicenote")) && !usable)
-                ++lost[QString::fromUtf8(QJsonDocument(request.requestBody.toObject()).toJson(QJsonDocument::Compact))];
-        }
+    for (const tessaro::emulator::JournalEntry &entry : emulator.journal().entries()) {
+        const bool broken = entry.fault == QLatin1String("truncated-json") || entry.fault == QLatin1String("malformed-json")
+            || entry.fault == QLatin1String("empty-body");
+        // An answer the till got whole; any other may have been applied without the till knowing.
+        const bool answered = entry.outcome == tessaro::emulator::JournalEntry::Outcome::Answered && !broken;
+        const bool genuine = entry.fault.isEmpty() || entry.fault == QLatin1String("delay");
+        if (entry.exchange.path.endsWith(QLatin1String("/till/open")))
+            tillOpened = tillOpened || (answered && genuine && (entry.status == 200 || entry.status == 409));
+        if (entry.exchange.path.endsWith(QLatin1String("/advicenote")) && !answered)
+            ++lost[QString::fromUtf8(QJsonDocument(entry.exchange.jsonObject()).toJson(QJsonDocument::Compact))];
     }
     QHash<QString, int> applications;
     QSet<QString> keys;
