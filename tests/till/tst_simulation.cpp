@@ -1,9 +1,12 @@
 #include "faultplanner.h"
+#include "logwatch.h"
 #include "messagetable.h"
 #include "sessionfile.h"
 #include "sessiongenerator.h"
 #include "sessionrunner.h"
 #include "sessionshrinker.h"
+
+#include <log4qt/logger.h>
 
 #include <QJsonDocument>
 #include <QTemporaryDir>
@@ -26,6 +29,7 @@ private slots:
     void messageTable_data();
     void messageTable();
     void shrinkerKeepsWhatFails();
+    void logWatchSeesDebugLines();
     void foreignMessageIsFoundShrunkAndReplayed();
 };
 
@@ -151,6 +155,18 @@ void TestSimulation::shrinkerKeepsWhatFails()
     QCOMPARE(shrunk.scenario.actions.first().number, QStringLiteral("culprit"));
     QVERIFY(shrunk.scenario.documents.isEmpty());
     QVERIFY(shrinker.replays() <= 500);
+}
+
+void TestSimulation::logWatchSeesDebugLines()
+{
+    LogWatch watch;
+    const Log4Qt::Logger logger(QStringLiteral("tessaro"));
+    logger.debug(QStringLiteral("Заголовки: Authorization: Bearer 0123"));
+    logger.info(QStringLiteral("Получен токен: 0123"));
+    const QStringList lines = watch.take();
+    QCOMPARE(lines.size(), 2);
+    QVERIFY(lines.first().endsWith(QStringLiteral("Authorization: Bearer 0123")));
+    QVERIFY(watch.take().isEmpty());
 }
 
 void TestSimulation::foreignMessageIsFoundShrunkAndReplayed()
