@@ -117,6 +117,7 @@ void TestTillCommand::everyCommandHasHelp_data()
     QTest::newRow("run") << QStringLiteral("run") << QStringLiteral("--report");
     QTest::newRow("shell") << QStringLiteral("shell") << QStringLiteral("new-return-by-sale");
     QTest::newRow("demo") << QStringLiteral("demo") << QStringLiteral("bundled scenarios");
+    QTest::newRow("check") << QStringLiteral("check") << QStringLiteral("--json");
 }
 
 void TestTillCommand::everyCommandHasHelp()
