@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QHostInfo>
+#include <QLocale>
 #include <QSslCertificate>
 #include <QSslSocket>
 #include <QTimer>
@@ -79,6 +80,17 @@ void judgeCertificate(const QSslCertificate &certificate, const QList<QSslError>
     } else {
         report->ok(name, detail);
     }
+}
+
+// An HTTP date, "Sun, 06 Nov 1994 08:49:37 GMT"; Qt's RFC 2822 reading
+// does not take the zone name "GMT".
+QDateTime httpDate(const QString &text)
+{
+    QDateTime time = QLocale::c().toDateTime(text, QStringLiteral("ddd, dd MMM yyyy HH:mm:ss 'GMT'"));
+    if (!time.isValid())
+        return QDateTime::fromString(text, Qt::RFC2822Date).toUTC();
+    time.setTimeSpec(Qt::UTC);
+    return time;
 }
 
 } // namespace
@@ -215,9 +227,9 @@ void NetworkProbe::readDate(QTcpSocket *socket, const QUrl &url, Outcome *outcom
         const qsizetype colon = line.indexOf(':');
         if (colon <= 0 || line.left(colon).trimmed().toLower() != "date")
             continue;
-        const QDateTime time = QDateTime::fromString(QString::fromLatin1(line.mid(colon + 1).trimmed()), Qt::RFC2822Date);
+        const QDateTime time = httpDate(QString::fromLatin1(line.mid(colon + 1).trimmed()));
         if (time.isValid())
-            outcome->serviceTime = time.toUTC();
+            outcome->serviceTime = time;
     }
 }
 

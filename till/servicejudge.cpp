@@ -162,9 +162,12 @@ void ServiceJudge::judgeClock(const NetworkProbe::Outcome &service, CheckReport 
                         QStringLiteral("compare the till's clock with a time server"));
         return;
     }
-    const qint64 offset = service.serviceTime->secsTo(service.localTime);
-    const QString detail = QStringLiteral("the till's clock is %1 %2 the service's")
-                               .arg(duration(offset), offset < 0 ? QStringLiteral("behind") : QStringLiteral("ahead of"));
+    // The Date header drops the fraction of its second: its middle is the best guess.
+    const qint64 offsetMs = service.serviceTime->addMSecs(500).msecsTo(service.localTime);
+    const qint64 offset = (offsetMs + (offsetMs < 0 ? -500 : 500)) / 1000;
+    const QString detail = offset == 0 ? QStringLiteral("the till's clock agrees with the service's to the second")
+                                       : QStringLiteral("the till's clock is %1 %2 the service's")
+                                             .arg(duration(offset), offset < 0 ? QStringLiteral("behind") : QStringLiteral("ahead of"));
     if (qAbs(offset) <= 60) {
         report->ok(name, detail);
     } else if (m_gatewayOn && qAbs(offset) > m_toleranceSeconds) {
