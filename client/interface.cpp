@@ -2,6 +2,7 @@
 
 #include "dao.h"
 #include "gate.h"
+#include "interfacedetail.h"
 #include "responses/connectionerrorexception.h"
 #include "responses/rounding.h"
 #include "responses/traceability.h"
@@ -33,12 +34,17 @@
 
 namespace tessaro {
 
-namespace {
+using detail::changeRoundingDiscountMode;
+using detail::config;
+using detail::foldCash;
+using detail::FoldedPayments;
+using detail::loyaltyCardType;
+using detail::operatorCode;
+using detail::roundingDiscountMode;
+using detail::roundingTotal;
+using detail::traceabilityObject;
 
-Config *config()
-{
-    return Singleton<Config>::instance();
-}
+namespace {
 
 // Section keys are integers; a key that is not one is skipped.
 template <typename Store>
@@ -123,11 +129,6 @@ QString formValue(const QString &value)
     return QString::fromLatin1(QUrl::toPercentEncoding(value));
 }
 
-QString operatorCode(const QSharedPointer<User> &user)
-{
-    return user ? user->getCode() : QString();
-}
-
 QList<int> readIntegers(const QString &key)
 {
     QList<int> result;
@@ -136,9 +137,6 @@ QList<int> readIntegers(const QString &key)
         result << value.toInt();
     return result;
 }
-
-// The host's card type of the service's loyalty cards.
-constexpr int loyaltyCardType = 27;
 
 // The cart's lines as the service sent them, for comparing two states of a cart.
 QList<QJsonObject> lineObjects(const CartUpdateResponse &cart)
@@ -156,80 +154,12 @@ QString withVisibleSeparators(QString text)
     return text.replace(QChar(29), QLatin1String("[1d]"));
 }
 
-// The fields of a traceability record that the service takes, each only when
-// set. A cart item never carries the GTIN; an advice note's item does.
-QJsonObject traceabilityObject(const orvel::Traceability &record, bool withGtin = false)
-{
-    QList<QPair<const char *, QString>> fields{
-        {"cdn", record.cdn},
-        {"fz1162Field", record.fz1162Field},
-        {"alcoMarkField", record.alcoMarkField},
-        {"barcodeField", record.barcodeField},
-        {"serialNumber", record.serialNumber},
-        {"lotNumber", record.lotNumber},
-    };
-    if (withGtin)
-        fields.append({"gtin", record.gtin});
-    QJsonObject object;
-    for (const auto &field : fields) {
-        if (!field.second.isEmpty())
-            object.insert(QLatin1String(field.first), field.second);
-    }
-    return object;
-}
-
 // \a text without any of \a characters.
 QString withoutCharacters(QString text, const QString &characters)
 {
     for (const QChar character : characters)
         text.remove(character);
     return text;
-}
-
-// The host's discount modes of rounding: of the receipt's total, and by the change given.
-constexpr int roundingDiscountMode = 11;
-constexpr int changeRoundingDiscountMode = 6;
-
-// What the receipt was rounded by: its discounts of the rounding \a modes and its own rounding.
-double roundingTotal(const AbstractDocument &document, const QSet<int> &modes)
-{
-    double total = document.getRoundingSum();
-    const QList<QSharedPointer<DocumentImpact>> impacts = document.getImpacts();
-    for (const QSharedPointer<DocumentImpact> &impact : impacts) {
-        const QList<DocumentImpactDetail> details = impact->getTotals();
-        for (const DocumentImpactDetail &detail : details) {
-            if (detail.checkDiscountMode(modes))
-                total += detail.getDiscountSum();
-        }
-    }
-    return total;
-}
-
-// A document's payments as the service takes them: every payment made by
-// \a paymentFor, in order, except that the cash paid out goes as one element,
-// the last cash payment's, carrying the cash total (cashTotal); the caller
-// completes it and appends it last. Change is no cash paid out and goes as it is.
-struct FoldedPayments
-{
-    QJsonArray payments;
-    QJsonObject cash;  ///< empty when nothing was paid out in cash
-    double cashTotal = 0.0;
-};
-
-FoldedPayments foldCash(const QList<QSharedPointer<MoneyItem>> &moneyItems,
-                        const std::function<QJsonObject(const QSharedPointer<MoneyItem> &)> &paymentFor)
-{
-    FoldedPayments folded;
-    for (const QSharedPointer<MoneyItem> &moneyItem : moneyItems) {
-        const QJsonObject payment = paymentFor(moneyItem);
-        if (moneyItem->getValutType() == MoneyItem::Cash && !moneyItem->isChange()) {
-            folded.cashTotal += moneyItem->getAmount();
-            folded.cash = payment;
-        } else {
-            folded.payments.append(payment);
-        }
-    }
-    return folded;
 }
 
 } // namespace
