@@ -1,5 +1,6 @@
 #include "backplugin.h"
 
+#include "backplugindetail.h"
 #include "client/interface.h"
 #include "responses/advicenoteresponse.h"
 #include "responses/response.h"
@@ -38,6 +39,10 @@
 
 namespace tessaro {
 
+using detail::actionQueue;
+using detail::ReturnTypes;
+using detail::showRefusal;
+
 namespace {
 
 // The host's loyalty-system type of this plug-in; its values on documents are kept under it.
@@ -53,8 +58,6 @@ const QString AdditionalBackBySaleValutsSection = QStringLiteral("TessaroBack.Ad
 const QString ReasonNamespace = QStringLiteral("tessaro");
 const QString ReasonKey = QStringLiteral("backReason");
 const QString AdviceNoteResponseKey = QStringLiteral("adviceNoteResponse");
-
-const QList<int> ReturnTypes{EDocumentType::Back, EDocumentType::BackBySale};
 
 enum class Relation {
     OneWay,     ///< the codes of a key to those of its value
@@ -80,20 +83,9 @@ void readValutRelations(const QString &section, Relation relation, QMap<int, QSe
     }
 }
 
-// A refusal or an error the cashier has to confirm.
-void showRefusal(const tr::Tr &message)
-{
-    MockFactory<Dialog>::create()->showMessage(message, Dialog::Error, 0);
-}
-
 ModifiersContainer &sessionModifiers()
 {
     return Singleton<Session>::instance()->getModifiers();
-}
-
-ActionQueueController *actionQueue()
-{
-    return Singleton<ActionQueueController>::instance();
 }
 
 // A quantity of one piece is what the till assumes when none was typed.
