@@ -1,3 +1,6 @@
+// Interface: construction with its settings and mapping tables, the addresses
+// and headers of requests, the request path with its token flow.
+
 #include "interface.h"
 
 #include "gate.h"

@@ -1,3 +1,6 @@
+// BackPlugin: entry into the host (construction, triggers and handlers,
+// settings) and the plug-in's answers as a loyalty system.
+
 #include "backplugin.h"
 
 #include "backplugindetail.h"

@@ -1,3 +1,6 @@
+// ScenarioParser: the JSON text and a scenario's top level; the reader of
+// each part has a source file of its own.
+
 #include "scenarioparser.h"
 
 #include "scenarioparserdetail.h"
