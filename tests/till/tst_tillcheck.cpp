@@ -1,8 +1,8 @@
 #include "tilldatafolder.h"
 
 #include <emulator/emulator.h>
+#include <support/folderstate.h>
 
-#include <QDirIterator>
 #include <QEventLoop>
 #include <QFile>
 #include <QJsonArray>
@@ -67,7 +67,6 @@ private:
     /// Everything a check must never show: the credentials and every token the service issued.
     QStringList secrets() const;
     void verifyNoSecret(const Result &result) const;
-    QStringList folderState() const;
 
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<Emulator> m_emulator;
@@ -196,17 +195,6 @@ void TestTillCheck::verifyNoSecret(const Result &result) const
     }
 }
 
-QStringList TestTillCheck::folderState() const
-{
-    QStringList state;
-    QDirIterator it(m_data, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        it.next();
-        state << QStringLiteral("%1 %2 %3").arg(it.filePath()).arg(it.fileInfo().size()).arg(it.fileInfo().lastModified().toMSecsSinceEpoch());
-    }
-    state.sort();
-    return state;
-}
 
 void TestTillCheck::correctTillPasses_data()
 {
@@ -429,9 +417,9 @@ void TestTillCheck::changesNothingAndAsksOnlyToRead()
 {
     startEmulator(EmulatorSettings::AuthMode::Token);
     makeTill();
-    const QStringList before = folderState();
+    const QStringList before = folderState(m_data);
     QCOMPARE(checkTill().exitCode, 0);
-    QCOMPARE(folderState(), before);
+    QCOMPARE(folderState(m_data), before);
     QStringList requests;
     const auto entries = m_emulator->journal().entries();
     for (const JournalEntry &entry : entries)
