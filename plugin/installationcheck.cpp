@@ -87,7 +87,7 @@ QJsonObject mapToJson(const QMap<int, Value> &map, const std::function<QJsonValu
 bool isInteger(const QString &text)
 {
     bool ok = false;
-    text.toInt(&ok, 10);
+    static_cast<void>(text.toInt(&ok, 10));
     return ok;
 }
 

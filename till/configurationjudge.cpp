@@ -65,13 +65,18 @@ QString shownMap(const QJsonObject &map)
     return entries.join(QStringLiteral("; "));
 }
 
+bool isWholeNumber(const QString &text)
+{
+    bool ok = false;
+    static_cast<void>(text.trimmed().toLongLong(&ok));
+    return ok;
+}
+
 bool allIntegers(const QString &text)
 {
     const QStringList pieces = text.split(QLatin1Char(','), Qt::SkipEmptyParts);
     return std::all_of(pieces.cbegin(), pieces.cend(), [](const QString &piece) {
-        bool ok = false;
-        piece.trimmed().toInt(&ok);
-        return ok || piece.trimmed().isEmpty();
+        return isWholeNumber(piece) || piece.trimmed().isEmpty();
     });
 }
 
@@ -202,8 +207,7 @@ void ConfigurationJudge::judgeTimeout(CheckReport *report) const
     const QJsonObject timeout = setting(key);
     const qint64 seconds = timeout.value(QStringLiteral("value")).toInteger();
     const QString text = timeout.value(QStringLiteral("text")).toString().trimmed();
-    bool integer = false;
-    text.toLongLong(&integer);
+    const bool integer = isWholeNumber(text);
     const QString hint = QStringLiteral("set %1 to the seconds a request may take, between 1 and 60 (5 by default)").arg(key);
     if (seconds <= 0)
         report->failure(key, QStringLiteral("%1: each request of the plug-in would wait for an answer without limit").arg(seconds), hint);
@@ -324,9 +328,7 @@ void ConfigurationJudge::judgeVatCodes(const QJsonObject &section, CheckReport *
     QStringList empty;
     const QJsonObject keys = section.value(QStringLiteral("keys")).toObject();
     for (auto it = keys.constBegin(); it != keys.constEnd(); ++it) {
-        bool integer = false;
-        it.key().toInt(&integer);
-        if (integer && !std::any_of(map.constBegin(), map.constEnd(), [&it](const QJsonValue &code) { return code.toInt() == it.key().toInt(); }))
+        if (isWholeNumber(it.key()) && !std::any_of(map.constBegin(), map.constEnd(), [&it](const QJsonValue &code) { return code.toInt() == it.key().toInt(); }))
             empty << it.key();
     }
     if (empty.isEmpty())

@@ -65,7 +65,7 @@ void judgeCertificate(const QSslCertificate &certificate, const QList<QSslError>
     }
     const QString detail = QStringLiteral("issued to \"%1\" by \"%2\", valid until %3 (%4 days), host name %5 %6")
                                .arg(joined(certificate.subjectInfo(QSslCertificate::CommonName)),
-                                    certificate.issuerDisplayName(), expiry.toString(Qt::ISODate))
+                                    certificate.issuerDisplayName(), expiry.toString(QStringLiteral("yyyy-MM-dd")))
                                .arg(daysLeft)
                                .arg(url.host(), hostMatches ? QStringLiteral("matches") : QStringLiteral("does not match"));
     if (!problems.isEmpty()) {

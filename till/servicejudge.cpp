@@ -139,7 +139,10 @@ void ServiceJudge::judgeSignature(CheckReport *report) const
     QString hint = QStringLiteral("compare the gateway settings (OrvelGate:*) with what the gateway issued");
     QString detail = QStringLiteral("%1: refused, \"%2\"").arg(scheme, refusal);
     if (refusal.contains(QLatin1String("signature expired"))) {
-        detail += QStringLiteral(": the till's clock is too far from the gateway's; the cashier sees \"%1\"").arg(clockMessage());
+        // What the plug-in itself makes of the refusal: the cashier's message.
+        const QString message = m_request.value(QStringLiteral("message")).toString();
+        detail += QStringLiteral(": the till's clock is too far from the gateway's; the cashier sees \"%1\"")
+                      .arg(message.isEmpty() ? clockMessage() : message);
         hint = QStringLiteral("set the till's date and time right, best by NTP (timedatectl set-ntp true)");
     } else if (refusal.contains(QLatin1String("access key"))) {
         hint = QStringLiteral("OrvelGate:appKey is not a key the gateway knows: copy it again from the gateway's issue");

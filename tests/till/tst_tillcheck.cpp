@@ -375,8 +375,8 @@ void TestTillCheck::clockShiftedWithoutGatewayIsAWarning()
 
 void TestTillCheck::jsonSaysTheSameForMonitoring()
 {
-    startEmulator(EmulatorSettings::AuthMode::Token);
-    makeTill({{QStringLiteral("Tessaro/timeout"), QStringLiteral("0")}});
+    startEmulator(EmulatorSettings::AuthMode::Gateway);
+    makeTill({{QStringLiteral("Tessaro/timeout"), QStringLiteral("0")}}, true);
     const Result result = checkTill({QStringLiteral("--json")});
     QCOMPARE(result.exitCode, 2);
     const QJsonObject json = QJsonDocument::fromJson(result.out.toUtf8()).object();
