@@ -39,6 +39,7 @@ private slots:
     void correctTillPasses();
     void brokenTillIsNamed_data();
     void brokenTillIsNamed();
+    void selfSignedCertificateIsNamed_data();
     void selfSignedCertificateIsNamed();
     void unreachablePortIsNamed();
     void clockShiftedBeyondTheGatewaysToleranceIsNamed();
@@ -47,6 +48,7 @@ private slots:
     void configFileWithDictionariesIsChecked();
     void changesNothingAndAsksOnlyToRead();
     void wrongCommandLineIsRefused();
+    void pluginWithoutItsCheckIsNamed();
 
 private:
     struct Result
@@ -285,8 +287,18 @@ void TestTillCheck::brokenTillIsNamed()
     verifyNoSecret(result);
 }
 
+void TestTillCheck::selfSignedCertificateIsNamed_data()
+{
+    QTest::addColumn<QString>("host");
+    QTest::addColumn<QString>("match");
+    QTest::newRow("the certificate's host") << QStringLiteral("127.0.0.1") << QStringLiteral("matches");
+    QTest::newRow("another name") << QStringLiteral("localhost") << QStringLiteral("does not match");
+}
+
 void TestTillCheck::selfSignedCertificateIsNamed()
 {
+    QFETCH(QString, host);
+    QFETCH(QString, match);
     QProcess openssl;
     openssl.setWorkingDirectory(m_dir->path());
     openssl.start(QStringLiteral("openssl"), {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"), QStringLiteral("ec"),
@@ -317,7 +329,7 @@ void TestTillCheck::selfSignedCertificateIsNamed()
     });
     QVERIFY(server.listen(QHostAddress::LocalHost));
     startEmulator(EmulatorSettings::AuthMode::Token);
-    const QString https = QStringLiteral("https://127.0.0.1:%1").arg(server.serverPort());
+    const QString https = QStringLiteral("https://%1:%2").arg(host).arg(server.serverPort());
     makeTill({{QStringLiteral("Tessaro/url"), https + QStringLiteral("/api")}, {QStringLiteral("Tessaro/tokenUrl"), https + QStringLiteral("/token")}});
 
     const Result result = checkTill();
@@ -326,7 +338,7 @@ void TestTillCheck::selfSignedCertificateIsNamed()
     const QString certificate = line(result.out, QStringLiteral("failure"), QStringLiteral("certificate"));
     QVERIFY2(certificate.contains(QStringLiteral("issued to \"127.0.0.1\" by \"127.0.0.1\"")), findings(result.out).constData());
     QVERIFY2(certificate.contains(QStringLiteral("self-signed")), qPrintable(certificate));
-    QVERIFY2(certificate.contains(QStringLiteral("host name 127.0.0.1 matches")), qPrintable(certificate));
+    QVERIFY2(certificate.contains(QStringLiteral("host name %1 %2").arg(host, match)), qPrintable(certificate));
     // The plug-in's own transport refuses the certificate as well.
     QVERIFY2(line(result.out, QStringLiteral("failure"), QStringLiteral("token endpoint")).contains(QStringLiteral("no answer")), findings(result.out).constData());
 }
@@ -436,6 +448,20 @@ void TestTillCheck::wrongCommandLineIsRefused()
     const Result missing = check({QStringLiteral("--data"), m_data, QStringLiteral("--plugins"), QStringLiteral(TILL_PLUGIN_DIR)});
     QCOMPARE(missing.exitCode, 2);
     QVERIFY2(line(missing.out, QStringLiteral("failure"), QStringLiteral("configuration")).contains(QStringLiteral("holds no till")), findings(missing.out).constData());
+}
+
+void TestTillCheck::pluginWithoutItsCheckIsNamed()
+{
+    startEmulator(EmulatorSettings::AuthMode::Token);
+    makeTill();
+    Result result = check({QStringLiteral("--data"), m_data, QStringLiteral("--plugins"), QStringLiteral(TILL_FAKE_PLUGIN_DIR)});
+    QCOMPARE(result.exitCode, 2);
+    QVERIFY2(line(result.out, QStringLiteral("failure"), QStringLiteral("installation check")).contains(QStringLiteral("has no installation check")),
+             findings(result.out).constData());
+    result = check({QStringLiteral("--data"), m_data, QStringLiteral("--plugins"), m_dir->path()});
+    QCOMPARE(result.exitCode, 2);
+    QVERIFY2(line(result.out, QStringLiteral("failure"), QStringLiteral("plug-in")).contains(QStringLiteral("no plug-in libtessaroback.so")),
+             findings(result.out).constData());
 }
 
 QTEST_GUILESS_MAIN(TestTillCheck)
