@@ -7,6 +7,7 @@
 #include "scenariorunner.h"
 #include "shellsession.h"
 #include "simulationcommand.h"
+#include "tillcheck.h"
 #include "tilldatafolder.h"
 
 #include <QCommandLineParser>
@@ -14,6 +15,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonDocument>
 #include <QLoggingCategory>
 #include <QRandomGenerator>
 #include <QTextStream>
@@ -108,7 +110,7 @@ int TillApplication::usage(const QString &problem) const
 {
     if (!problem.isEmpty())
         err() << QStringLiteral("tessaro-till: ") << problem << Qt::endl;
-    err() << QStringLiteral("usage: tessaro-till init|run|shell|demo|simulate [options]; tessaro-till COMMAND --help for more") << Qt::endl;
+    err() << QStringLiteral("usage: tessaro-till init|run|shell|demo|check|simulate [options]; tessaro-till COMMAND --help for more") << Qt::endl;
     return BadInput;
 }
 
@@ -145,6 +147,8 @@ int TillApplication::exec()
         return demo(arguments);
     if (command == QLatin1String("simulate"))
         return simulate(arguments);
+    if (command == QLatin1String("check"))
+        return check(arguments);
     if (command == QLatin1String("--help") || command == QLatin1String("-h") || command == QLatin1String("help")) {
         out() << QStringLiteral(
             "tessaro-till: a till that loads the TessaroBack plug-in as the POS host does.\n\n"
@@ -152,6 +156,7 @@ int TillApplication::exec()
             "  tessaro-till run [--data DIR] SCENARIO              play a scenario file and report\n"
             "  tessaro-till shell [--data DIR]                     work the till at the terminal\n"
             "  tessaro-till demo                                   play the bundled scenarios against the emulator\n"
+            "  tessaro-till check [--data DIR | --config FILE]     check a till's configuration and its way to the service\n"
             "  tessaro-till simulate [--seed N] [--sessions N]     random sessions with faults and kills, every invariant checked\n\n"
             "tessaro-till COMMAND --help describes each command.\n");
         return Passed;
@@ -355,6 +360,54 @@ int TillApplication::simulate(const QStringList &arguments)
         return ok ? command.replay(session) : usage(QStringLiteral("simulate: --replay takes a seed"));
     }
     return command.run();
+}
+
+int TillApplication::check(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption data = dataOption();
+    const QCommandLineOption config(QStringLiteral("config"), QStringLiteral("Check this host configuration file instead of a till's data folder."),
+                                    QStringLiteral("FILE"));
+    const QCommandLineOption dictionaries(QStringLiteral("dictionaries"),
+                                          QStringLiteral("With --config: the till's currencies, in the form of a data folder's dictionaries.json."),
+                                          QStringLiteral("FILE"));
+    const QCommandLineOption plugins = pluginsOption();
+    const QCommandLineOption tolerance(QStringLiteral("clock-tolerance"),
+                                       QStringLiteral("How many seconds the gateway lets a request's time lie from its own (default: 900)."),
+                                       QStringLiteral("SECONDS"), QStringLiteral("900"));
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Write the verdict as JSON, for monitoring systems."));
+    parser.addOptions({data, config, dictionaries, plugins, tolerance, json});
+    const int parsed = parse(&parser, arguments,
+                             QStringLiteral("Checks a till before its first return: the plug-in's configuration as the plug-in reads it,\n"
+                                            "the way to the service step by step (name resolution, TCP, TLS and certificate, token,\n"
+                                            "one authorised read-only request, the gateway's verdict on the signature) and the clock.\n"
+                                            "Changes nothing at the till or the service; shows no secret.\n\n"
+                                            "Exit code: 0 all ok, 1 warnings, 2 failures."));
+    // A wrong command line says 2, as a failed check does.
+    if (parsed >= 0)
+        return parsed;
+    bool toleranceRead = false;
+    TillCheck::Options options;
+    options.clockToleranceSeconds = parser.value(tolerance).toInt(&toleranceRead);
+    if (!parser.positionalArguments().isEmpty() || (parser.isSet(data) && parser.isSet(config)) || !toleranceRead
+        || (parser.isSet(dictionaries) && !parser.isSet(config))) {
+        usage(QStringLiteral("check takes --data DIR or --config FILE (with --dictionaries FILE), and a whole number of seconds for --clock-tolerance"));
+        return CheckReport::Failures;
+    }
+    options.dataFolder = parser.isSet(config) ? QString() : parser.value(data);
+    options.configFile = parser.value(config);
+    options.dictionariesFile = parser.value(dictionaries);
+    options.pluginFolder = parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder();
+
+    // The verdict is the only output: the plug-in's log would name its token.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    const CheckReport report = TillCheck(options).run();
+    if (parser.isSet(json))
+        out() << QString::fromUtf8(QJsonDocument(report.json()).toJson(QJsonDocument::Indented));
+    else
+        out() << report.text();
+    out().flush();
+    return report.exitCode();
 }
 
 } // namespace till

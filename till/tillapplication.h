@@ -6,10 +6,11 @@ class QCommandLineParser;
 
 namespace till {
 
-/// The tessaro-till command: init, run, shell, demo and simulate, each with --help.
+/// The tessaro-till command: init, run, shell, demo, check and simulate, each with --help.
 ///
 /// Exit codes: 0 done (every expectation held), 1 an expectation failed,
-/// 2 wrong command line or scenario file, 3 the till could not run.
+/// 2 wrong command line or scenario file, 3 the till could not run. The check
+/// says 0 all ok, 1 warnings, 2 failures (a wrong command line included).
 class TillApplication
 {
 public:
@@ -31,6 +32,7 @@ private:
     int shell(const QStringList &arguments);
     int demo(const QStringList &arguments);
     int simulate(const QStringList &arguments);
+    int check(const QStringList &arguments);
     int usage(const QString &problem) const;
 
     /// Parses \a arguments; returns -1 to go on, or an exit code (after --help or an error).
