@@ -7,6 +7,8 @@
 #include <emulator/fault.h>
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -208,6 +210,20 @@ QString SessionFile::write(const SimulatedSession &session, const QString &folde
         || !JsonFile::write(dir.filePath(QStringLiteral("emulator/") + name + QStringLiteral(".json")), emulatorJson(session), error))
         return QString();
     return file;
+}
+
+std::optional<SimulatedSession> SessionFile::load(const QString &scenarioFile, QString *error)
+{
+    const QFileInfo info(scenarioFile);
+    QFile scenario(scenarioFile);
+    QFile emulator(info.dir().filePath(QStringLiteral("emulator/") + info.fileName()));
+    for (QFile *file : {&scenario, &emulator}) {
+        if (!file->open(QIODevice::ReadOnly)) {
+            *error = QStringLiteral("cannot read %1: %2").arg(file->fileName(), file->errorString());
+            return std::nullopt;
+        }
+    }
+    return read(scenario.readAll(), emulator.readAll(), scenarioFile, error);
 }
 
 std::optional<SimulatedSession> SessionFile::read(const QByteArray &scenario, const QByteArray &emulator, const QString &name, QString *error)

@@ -25,6 +25,8 @@ public:
     /// scenario file's path, empty on failure (\a error says why).
     static QString write(const SimulatedSession &session, const QString &folder, const QString &name, const QString &description,
                          QString *error);
+    /// Reads the session of \a scenarioFile and of the emulator settings of the same name in emulator/ beside it.
+    static std::optional<SimulatedSession> load(const QString &scenarioFile, QString *error);
     /// Reads a session from its scenario and emulator settings.
     static std::optional<SimulatedSession> read(const QByteArray &scenario, const QByteArray &emulator, const QString &name,
                                                 QString *error);

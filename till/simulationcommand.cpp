@@ -116,11 +116,28 @@ SimulationReport::Failure SimulationCommand::settle(const SessionOutcome &outcom
 
 int SimulationCommand::replay(quint64 seed)
 {
-    const SessionOutcome outcome = play(seed);
-    SimulationReport report(seed);
+    return report(play(seed), true);
+}
+
+int SimulationCommand::replayFile(const QString &scenarioFile)
+{
+    QString error;
+    const std::optional<SimulatedSession> session = SessionFile::load(scenarioFile, &error);
+    if (!session) {
+        *m_err << QStringLiteral("tessaro-till: ") << error << Qt::endl;
+        return 2;
+    }
+    return report(SessionRunner(m_options.pluginFolder, m_options.program).run(*session), false);
+}
+
+int SimulationCommand::report(const SessionOutcome &outcome, bool settleFailure)
+{
+    SimulationReport report(outcome.seed);
     report.add(outcome);
-    if (outcome.failed())
-        report.addFailure(settle(outcome));
+    if (outcome.failed()) {
+        const InvariantChecker::Violation &first = outcome.violations.first();
+        report.addFailure(settleFailure ? settle(outcome) : SimulationReport::Failure{outcome.seed, first.invariant, first.detail, QString(), QString()});
+    }
     if (m_options.json)
         *m_out << QJsonDocument(report.toJson()).toJson(QJsonDocument::Compact) << Qt::endl;
     else

@@ -52,6 +52,8 @@ public:
     int run();
     /// Plays the one session of \a seed in this process, shrinks and writes it when it fails.
     int replay(quint64 seed);
+    /// Plays the session written in \a scenarioFile (a shrunk failure) in this process.
+    int replayFile(const QString &scenarioFile);
     /// A worker: plays sessions first, first + stride, … until the count or
     /// the deadline (ms since the epoch, 0 for none), one JSON line each.
     int work(int first, int stride, qint64 deadline);
@@ -65,6 +67,7 @@ private:
     /// Shrinks a failing session and writes it; returns the failure for the report.
     SimulationReport::Failure settle(const SessionOutcome &outcome) const;
     SessionOutcome play(quint64 seed) const;
+    int report(const SessionOutcome &outcome, bool settleFailure);
     QStringList workerArguments(int first, int stride, qint64 deadline) const;
 
     Options m_options;

@@ -307,6 +307,10 @@ int TillApplication::simulate(const QStringList &arguments)
                                  QStringLiteral("DIR"), QStringLiteral("simulation-failures"));
     const QCommandLineOption replay(QStringLiteral("replay"), QStringLiteral("Play the one session of this seed in this process, as a failure's replay command does."),
                                     QStringLiteral("SEED"));
+    const QCommandLineOption scenario(QStringLiteral("scenario"),
+                                      QStringLiteral("Play the session written in FILE (a shrunk failure, with its emulator settings in emulator/ "
+                                                     "beside it) in this process and check every invariant."),
+                                      QStringLiteral("FILE"));
     const QCommandLineOption cart(QStringLiteral("cart"),
                                   QStringLiteral("Drive the client's cart operations directly against the emulator with faults, instead of tills "
                                                  "(the program tessaro-till-cart beside this one)."));
@@ -316,7 +320,7 @@ int TillApplication::simulate(const QStringList &arguments)
                                 QStringLiteral("0"));
     for (QCommandLineOption *hidden : {&worker, &stride, &deadline})
         hidden->setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOptions({seed, sessions, seconds, jobs, killRate, faultRate, plugins, json, outFolder, replay, cart, worker, stride, deadline});
+    parser.addOptions({seed, sessions, seconds, jobs, killRate, faultRate, plugins, json, outFolder, replay, scenario, cart, worker, stride, deadline});
     const int parsed = parse(&parser, arguments,
                              QStringLiteral("Plays seeded random cashier sessions on tills with the real plug-in against the Tessaro service\n"
                                             "emulator in the process, with service faults and till kills, and checks every invariant after\n"
@@ -355,6 +359,8 @@ int TillApplication::simulate(const QStringList &arguments)
     SimulationCommand command(options, &out(), &err());
     if (parser.isSet(worker))
         return command.work(parser.value(worker).toInt(), qMax(1, parser.value(stride).toInt()), parser.value(deadline).toLongLong());
+    if (parser.isSet(scenario))
+        return command.replayFile(parser.value(scenario));
     if (parser.isSet(replay)) {
         const quint64 session = parser.value(replay).toULongLong(&ok);
         return ok ? command.replay(session) : usage(QStringLiteral("simulate: --replay takes a seed"));

@@ -99,10 +99,7 @@ void TestSimulation::sessionFileRoundTrip()
     QString error;
     const QString file = SessionFile::write(session, dir.path(), QStringLiteral("s"), QStringLiteral("round trip"), &error);
     QVERIFY2(!file.isEmpty(), qPrintable(error));
-    QFile scenario(file);
-    QFile emulator(dir.filePath(QStringLiteral("emulator/s.json")));
-    QVERIFY(scenario.open(QIODevice::ReadOnly) && emulator.open(QIODevice::ReadOnly));
-    const std::optional<SimulatedSession> read = SessionFile::read(scenario.readAll(), emulator.readAll(), file, &error);
+    const std::optional<SimulatedSession> read = SessionFile::load(file, &error);
     QVERIFY2(read, qPrintable(error));
     QCOMPARE(scenarioText(*read), scenarioText(session));
     QCOMPARE(read->auth, session.auth);
@@ -202,10 +199,7 @@ void TestSimulation::foreignMessageIsFoundShrunkAndReplayed()
     QString error;
     const QString file = SessionFile::write(shrunk, dir.path(), QStringLiteral("shrunk"), QString(), &error);
     QVERIFY2(!file.isEmpty(), qPrintable(error));
-    QFile scenario(file);
-    QFile emulator(dir.filePath(QStringLiteral("emulator/shrunk.json")));
-    QVERIFY(scenario.open(QIODevice::ReadOnly) && emulator.open(QIODevice::ReadOnly));
-    const std::optional<SimulatedSession> read = SessionFile::read(scenario.readAll(), emulator.readAll(), file, &error);
+    const std::optional<SimulatedSession> read = SessionFile::load(file, &error);
     QVERIFY2(read, qPrintable(error));
     const SessionOutcome again = runner.run(*read);
     QVERIFY(again.failed());
