@@ -18,7 +18,6 @@
 #include <QJsonDocument>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QThread>
 
 namespace till {
 
@@ -52,6 +51,8 @@ bool KilledTillRun::run(const SimulatedSession &played, SessionOutcome *outcome)
     if (outcome->requests == 0)
         return false;
     SimulatedSession killed = played;
+    // The in-process play had the restarts; the child's only stop is the kill, and each restart would cost it a new process.
+    killed.scenario.actions.removeIf([](const ScenarioAction &action) { return action.type == ScenarioAction::Restart; });
     // Held at the service: the till waits inside its close hook when it dies.
     killed.faults << SessionFault{QStringLiteral("/advicenote"), killed.killRequest, QStringLiteral("hang"), 0, 0, {}};
     QString error;
@@ -75,11 +76,14 @@ bool KilledTillRun::run(const SimulatedSession &played, SessionOutcome *outcome)
 
     QProcess till;
     till.start(m_program, arguments);
+    if (!till.waitForStarted(childMs))
+        return false;
+    // waitForFinished() also notices the child's end, which state() alone does not without an event loop.
     const QDeadlineTimer deadline(childMs);
-    while (emulator.journal().entriesFor(QStringLiteral("/advicenote")).size() <= killed.killRequest && till.state() != QProcess::NotRunning
-           && !deadline.hasExpired())
-        QThread::msleep(2);
-    const bool held = till.state() != QProcess::NotRunning && !deadline.hasExpired();
+    bool ended = false;
+    while (!ended && emulator.journal().entriesFor(QStringLiteral("/advicenote")).size() <= killed.killRequest && !deadline.hasExpired())
+        ended = till.waitForFinished(5);
+    const bool held = !ended && !deadline.hasExpired();
     till.kill();
     till.waitForFinished(childMs);
     emulator.releaseHeldConnections();
