@@ -4,6 +4,7 @@
 #include "interface.h"
 
 #include "interfacedetail.h"
+#include "paymentlines.h"
 #include "responses/rounding.h"
 
 #include <abstractdocument.h>
