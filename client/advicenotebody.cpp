@@ -1,4 +1,7 @@
-#include "interface.h"
+// AdviceNoteBody: the body of a return's advice note, as the service takes it
+// and as its digest is taken.
+
+#include "advicenotebody.h"
 
 #include "interfacedetail.h"
 #include "responses/rounding.h"
@@ -10,7 +13,33 @@ namespace tessaro {
 
 using detail::traceabilityObject;
 
-QJsonObject Interface::adviceNoteItem(const GoodsItem &position, int commonReason, bool withVat) const
+AdviceNoteBody::AdviceNoteBody(int tillNo, int store, const QString &customerNumber, const QJsonObject &originalInvoice)
+    : m_header{
+          {QStringLiteral("transactionType"), 2},
+          {QStringLiteral("tillNo"), tillNo},
+          {QStringLiteral("store"), store},
+          {QStringLiteral("customer"), QJsonObject{{QStringLiteral("customerNumber"), customerNumber}}},
+          {QStringLiteral("originalInvoice"), originalInvoice},
+      }
+{
+}
+
+void AdviceNoteBody::addItem(const GoodsItem &position, const ItemRules &rules)
+{
+    m_items.append(positionItem(position, rules));
+}
+
+void AdviceNoteBody::setPayments(const QJsonArray &payments)
+{
+    m_header.insert(QStringLiteral("payments"), payments);
+}
+
+QJsonObject AdviceNoteBody::toJson() const
+{
+    return QJsonObject{{QStringLiteral("header"), m_header}, {QStringLiteral("items"), m_items}};
+}
+
+QJsonObject AdviceNoteBody::positionItem(const GoodsItem &position, const ItemRules &rules)
 {
     QJsonObject item{
         {QStringLiteral("sequenceNumber"), QString::number(position.getPosnum())},
@@ -20,8 +49,8 @@ QJsonObject Interface::adviceNoteItem(const GoodsItem &position, int commonReaso
     double vatAmount = 0.0;
     if (vatIndex != -1) {
         const int vatCode = position.getVatCodesArray().value(vatIndex);
-        item.insert(QStringLiteral("vatCode"), vatCodes.value(vatCode, vatCode));
-        if (withVat)
+        item.insert(QStringLiteral("vatCode"), rules.vatCodes.value(vatCode, vatCode));
+        if (rules.withVat)
             item.insert(QStringLiteral("vat"), position.getVatRate());
         vatAmount = position.getVatSumsArray().value(vatIndex);
     }
@@ -34,17 +63,17 @@ QJsonObject Interface::adviceNoteItem(const GoodsItem &position, int commonReaso
     const QVariant ownReason = position.getAdditionalData(QStringLiteral("tessaro"), QStringLiteral("backReason"));
     bool isNumber = false;
     const int own = ownReason.toInt(&isNumber);
-    item.insert(QStringLiteral("returnReason"), !ownReason.isNull() && isNumber ? own : commonReason);
+    item.insert(QStringLiteral("returnReason"), !ownReason.isNull() && isNumber ? own : rules.commonReason);
 
-    const QJsonObject traceability = adviceNoteTraceability(position);
+    const QJsonObject traceability = positionTraceability(position, rules.traceabilitySection);
     if (!traceability.isEmpty())
         item.insert(QStringLiteral("traceability"), traceability);
     return item;
 }
 
-QJsonObject Interface::adviceNoteTraceability(const GoodsItem &position) const
+QJsonObject AdviceNoteBody::positionTraceability(const GoodsItem &position, const QString &section)
 {
-    auto record = position.getAdditionalData(additionalDataSection, QStringLiteral("traceability")).value<orvel::Traceability>();
+    auto record = position.getAdditionalData(section, QStringLiteral("traceability")).value<orvel::Traceability>();
     // A goods kit is marked by its barcode when the record has no product code.
     if (record.fz1162Field.isEmpty())
         record.fz1162Field = position.getGoodsKitBarcode();

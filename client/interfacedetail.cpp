@@ -4,7 +4,6 @@
 
 #include <abstractdocument.h>
 #include <config.h>
-#include <moneyitem.h>
 #include <singleton.h>
 #include <user.h>
 

@@ -1,21 +1,16 @@
 #pragma once
 
 // Helpers that several of Interface's source files share: the configuration,
-// the operator's code, traceability records and the folding of a document's
-// payments. Private to client/.
+// the operator's code, traceability records and the receipt's rounding.
+// Private to client/.
 
-#include <QJsonArray>
 #include <QJsonObject>
-#include <QList>
 #include <QSet>
 #include <QSharedPointer>
 #include <QString>
 
-#include <functional>
-
 class AbstractDocument;
 class Config;
-class MoneyItem;
 class User;
 
 namespace orvel {

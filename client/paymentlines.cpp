@@ -1,23 +1,36 @@
+// PaymentLines: a document's payments as the service takes them, with the
+// cash paid out folded into one line.
+
 #include "paymentlines.h"
+
+#include "responses/rounding.h"
 
 #include <moneyitem.h>
 
-namespace tessaro::detail {
+namespace tessaro {
 
-FoldedPayments foldCash(const QList<QSharedPointer<MoneyItem>> &moneyItems,
-                        const std::function<QJsonObject(const QSharedPointer<MoneyItem> &)> &paymentFor)
+void PaymentLines::add(const MoneyItem &moneyItem, const QJsonObject &line)
 {
-    FoldedPayments folded;
-    for (const QSharedPointer<MoneyItem> &moneyItem : moneyItems) {
-        const QJsonObject payment = paymentFor(moneyItem);
-        if (moneyItem->getValutType() == MoneyItem::Cash && !moneyItem->isChange()) {
-            folded.cashTotal += moneyItem->getAmount();
-            folded.cash = payment;
-        } else {
-            folded.payments.append(payment);
-        }
+    if (moneyItem.getValutType() == MoneyItem::Cash && !moneyItem.isChange()) {
+        m_cashTotal += moneyItem.getAmount();
+        m_cash = line;
+    } else {
+        m_lines.append(line);
     }
-    return folded;
 }
 
-} // namespace tessaro::detail
+QJsonArray PaymentLines::toJsonArray(double rounding) const
+{
+    if (!hasCash())
+        return m_lines;
+    QJsonObject cash = m_cash;
+    // Below half a kopeck there is no rounding.
+    if (rounding > 0.005)
+        cash.insert(QStringLiteral("paymentRoundingAmount"), roundToHundredths(rounding));
+    cash.insert(QStringLiteral("paymentAmount"), roundToHundredths(m_cashTotal));
+    QJsonArray lines = m_lines;
+    lines.append(cash);
+    return lines;
+}
+
+} // namespace tessaro
