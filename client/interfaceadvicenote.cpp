@@ -3,9 +3,9 @@
 
 #include "interface.h"
 
+#include "advicenotebody.h"
 #include "interfacedetail.h"
-#include "responses/rounding.h"
-#include "responses/traceability.h"
+#include "paymentlines.h"
 
 #include <abstractdocument.h>
 #include <backbysaledocument.h>
@@ -26,8 +26,6 @@ namespace tessaro {
 
 using detail::changeRoundingDiscountMode;
 using detail::config;
-using detail::foldCash;
-using detail::FoldedPayments;
 using detail::loyaltyCardType;
 using detail::roundingDiscountMode;
 using detail::roundingTotal;
@@ -63,11 +61,13 @@ QJsonObject Interface::getOriginalInvoiceObject(const InvoiceInfo &invoice) cons
 
 QJsonArray Interface::getBackPayments(const QSharedPointer<AbstractDocument> &document) const
 {
-    FoldedPayments folded = foldCash(document->getMoneyItems(), [this](const QSharedPointer<MoneyItem> &moneyItem) {
+    PaymentLines lines;
+    const QList<QSharedPointer<MoneyItem>> moneyItems = document->getMoneyItems();
+    for (const QSharedPointer<MoneyItem> &moneyItem : moneyItems) {
         const int currency = moneyItem->getValCode();
-        return QJsonObject{{QStringLiteral("code"), QString::number(paymentCodes.value(currency, currency))},
-                           {QStringLiteral("amount"), moneyItem->getAmount()}};
-    });
+        lines.add(*moneyItem, QJsonObject{{QStringLiteral("code"), QString::number(paymentCodes.value(currency, currency))},
+                                          {QStringLiteral("amount"), moneyItem->getAmount()}});
+    }
 
     const Config *settings = config();
     QSet<int> roundingModes;
@@ -75,16 +75,8 @@ QJsonArray Interface::getBackPayments(const QSharedPointer<AbstractDocument> &do
         roundingModes.insert(changeRoundingDiscountMode);
     if (settings->getBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"), true))
         roundingModes.insert(roundingDiscountMode);
-    if (folded.cash.isEmpty())
-        return folded.payments;
-
-    // Below half a kopeck there is no rounding; the service takes its size only.
-    const double rounding = qAbs(roundingTotal(*document, roundingModes));
-    if (rounding > 0.005)
-        folded.cash.insert(QStringLiteral("paymentRoundingAmount"), roundToHundredths(rounding));
-    folded.cash.insert(QStringLiteral("paymentAmount"), roundToHundredths(folded.cashTotal));
-    folded.payments.append(folded.cash);
-    return folded.payments;
+    // The service takes the rounding's size only.
+    return lines.toJsonArray(lines.hasCash() ? qAbs(roundingTotal(*document, roundingModes)) : 0.0);
 }
 
 AdviceNoteResponse Interface::sendAdviceNote(const QJsonObject &body, const AdviceNoteResponse &previous)
@@ -111,63 +103,17 @@ QJsonObject Interface::adviceNoteBody(const QSharedPointer<BackDocument> &docume
     // till failing.
     const QSharedPointer<DocumentCardRecord> card = document->getCardRecord(loyaltyCardType);
     const QString cardNumber = card ? card->getNumber().toString() : QString();
-    QJsonObject header{
-        {QStringLiteral("transactionType"), 2},
-        {QStringLiteral("tillNo"), registry.getCashCode().toInt()},
-        {QStringLiteral("store"), registry.getShopCode().toInt()},
-        {QStringLiteral("customer"), QJsonObject{{QStringLiteral("customerNumber"), getCardBarcode(cardNumber)}}},
-        {QStringLiteral("originalInvoice"), getOriginalInvoiceObject(invoice)},
-    };
+    AdviceNoteBody body(registry.getCashCode().toInt(), registry.getShopCode().toInt(), getCardBarcode(cardNumber),
+                        getOriginalInvoiceObject(invoice));
 
-    const int commonReason = document->getCommonBackReason().toInt();
-    QJsonArray items;
+    const AdviceNoteBody::ItemRules rules{vatCodes, additionalDataSection, withVat,
+                                          document->getCommonBackReason().toInt()};
     const QList<QSharedPointer<GoodsItem>> positions = document->getGoodsItems();
     for (const QSharedPointer<GoodsItem> &position : positions)
-        items.append(adviceNoteItem(*position, commonReason, withVat));
+        body.addItem(*position, rules);
 
-    header.insert(QStringLiteral("payments"), getBackPayments(document));
-    return QJsonObject{{QStringLiteral("header"), header}, {QStringLiteral("items"), items}};
-}
-
-QJsonObject Interface::adviceNoteItem(const GoodsItem &position, int commonReason, bool withVat) const
-{
-    QJsonObject item{
-        {QStringLiteral("sequenceNumber"), QString::number(position.getPosnum())},
-        {QStringLiteral("subsysNo"), position.getCode()},
-    };
-    const int vatIndex = position.getActualVatIndex();
-    double vatAmount = 0.0;
-    if (vatIndex != -1) {
-        const int vatCode = position.getVatCodesArray().value(vatIndex);
-        item.insert(QStringLiteral("vatCode"), vatCodes.value(vatCode, vatCode));
-        if (withVat)
-            item.insert(QStringLiteral("vat"), position.getVatRate());
-        vatAmount = position.getVatSumsArray().value(vatIndex);
-    }
-    item.insert(QStringLiteral("vatAmount"), vatAmount);
-    item.insert(QStringLiteral("totalDiscountedGross"), roundToHundredths(position.getSumb()));
-    item.insert(QStringLiteral("itemPriceNet"), roundToHundredths((position.getSumb() - vatAmount) / position.getQuantity()));
-    item.insert(QStringLiteral("quantity"), position.getQuantity());
-
-    // The position's own reason, when it has one, wins over the document's.
-    const QVariant ownReason = position.getAdditionalData(QStringLiteral("tessaro"), QStringLiteral("backReason"));
-    bool isNumber = false;
-    const int own = ownReason.toInt(&isNumber);
-    item.insert(QStringLiteral("returnReason"), !ownReason.isNull() && isNumber ? own : commonReason);
-
-    const QJsonObject traceability = adviceNoteTraceability(position);
-    if (!traceability.isEmpty())
-        item.insert(QStringLiteral("traceability"), traceability);
-    return item;
-}
-
-QJsonObject Interface::adviceNoteTraceability(const GoodsItem &position) const
-{
-    auto record = position.getAdditionalData(additionalDataSection, QStringLiteral("traceability")).value<orvel::Traceability>();
-    // A goods kit is marked by its barcode when the record has no product code.
-    if (record.fz1162Field.isEmpty())
-        record.fz1162Field = position.getGoodsKitBarcode();
-    return traceabilityObject(record, true);
+    body.setPayments(getBackPayments(document));
+    return body.toJson();
 }
 
 } // namespace tessaro

@@ -4,7 +4,7 @@
 #include "interface.h"
 
 #include "interfacedetail.h"
-#include "responses/rounding.h"
+#include "paymentlines.h"
 
 #include <abstractdocument.h>
 #include <config.h>
@@ -18,8 +18,6 @@
 namespace tessaro {
 
 using detail::config;
-using detail::foldCash;
-using detail::FoldedPayments;
 using detail::roundingDiscountMode;
 using detail::roundingTotal;
 
@@ -52,18 +50,12 @@ QJsonObject Interface::generatePayloadCartStatusPaid()
 {
     const QSharedPointer<AbstractDocument> document = Singleton<Session>::instance()->getCurrentDocument();
     const QList<QSharedPointer<MoneyItem>> moneyItems = document ? document->getMoneyItems() : QList<QSharedPointer<MoneyItem>>();
-    FoldedPayments folded = foldCash(moneyItems, [this](const QSharedPointer<MoneyItem> &moneyItem) {
-        return paymentObject(moneyItem);
-    });
-    if (!folded.cash.isEmpty()) {
-        const double rounding = roundingTotal(*document, {roundingDiscountMode});
-        if (rounding > 0.005)
-            folded.cash.insert(QStringLiteral("paymentRoundingAmount"), roundToHundredths(rounding));
-        folded.cash.insert(QStringLiteral("paymentAmount"), roundToHundredths(folded.cashTotal));
-        folded.payments.append(folded.cash);
-    }
+    PaymentLines lines;
+    for (const QSharedPointer<MoneyItem> &moneyItem : moneyItems)
+        lines.add(*moneyItem, paymentObject(moneyItem));
+    const double rounding = lines.hasCash() ? roundingTotal(*document, {roundingDiscountMode}) : 0.0;
     return {{QStringLiteral("status"), QStringLiteral("PAID")},
-            {QStringLiteral("payment"), folded.payments},
+            {QStringLiteral("payment"), lines.toJsonArray(rounding)},
             {QStringLiteral("fiscalReceiptNumber"), getFiscalNumber()}};
 }
 

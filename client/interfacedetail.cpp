@@ -4,7 +4,6 @@
 
 #include <abstractdocument.h>
 #include <config.h>
-#include <moneyitem.h>
 #include <singleton.h>
 #include <user.h>
 
@@ -52,22 +51,6 @@ double roundingTotal(const AbstractDocument &document, const QSet<int> &modes)
         }
     }
     return total;
-}
-
-FoldedPayments foldCash(const QList<QSharedPointer<MoneyItem>> &moneyItems,
-                        const std::function<QJsonObject(const QSharedPointer<MoneyItem> &)> &paymentFor)
-{
-    FoldedPayments folded;
-    for (const QSharedPointer<MoneyItem> &moneyItem : moneyItems) {
-        const QJsonObject payment = paymentFor(moneyItem);
-        if (moneyItem->getValutType() == MoneyItem::Cash && !moneyItem->isChange()) {
-            folded.cashTotal += moneyItem->getAmount();
-            folded.cash = payment;
-        } else {
-            folded.payments.append(payment);
-        }
-    }
-    return folded;
 }
 
 } // namespace tessaro::detail
