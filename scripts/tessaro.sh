@@ -7,6 +7,7 @@
 #   scripts/tessaro.sh fuzz [S]  build the libFuzzer targets in build-fuzz, run each for S seconds (default 60)
 #   scripts/tessaro.sh lint      clang-tidy and cppcheck over the project's code
 #   scripts/tessaro.sh bench     build the benchmarks in build-bench (RelWithDebInfo) and run them
+#   scripts/tessaro.sh simulate [ARGS]  build, then tessaro-till simulate ARGS (TESSARO_SANITIZE=1: in build-asan)
 #   scripts/tessaro.sh setup     only install the missing Debian packages
 # docs/quality.md tells what each gate checks and how to read its reports.
 set -euo pipefail
@@ -28,7 +29,7 @@ lint_packages=(clang-tidy-14 cppcheck)
 bench_packages=(libbenchmark-dev)
 
 usage() {
-    sed -n '2,11p' "${BASH_SOURCE[0]}" | sed 's/^# \{0,1\}//'
+    sed -n '2,12p' "${BASH_SOURCE[0]}" | sed 's/^# \{0,1\}//'
 }
 
 install_missing() {
@@ -103,6 +104,21 @@ case "${1:-}" in
         for benchmark in "$build"/bin/bench_*; do
             "$benchmark" "$@"
         done
+        ;;
+    simulate)
+        shift
+        install_missing "${packages[@]}"
+        if [ "${TESSARO_SANITIZE:-0}" = 1 ]; then
+            install_missing "${clang_packages[@]}"
+            build="${TESSARO_ASAN_BUILD_DIR:-$here/build-asan}"
+            cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+                -DCMAKE_CXX_COMPILER=clang++-14 -DTESSARO_WERROR=ON -DTESSARO_SANITIZE=ON
+            sanitizer_environment
+        else
+            cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE="${TESSARO_BUILD_TYPE:-RelWithDebInfo}" -DTESSARO_WERROR=ON
+        fi
+        cmake --build "$build" -j "$jobs" --target tessaro-till tessaroback
+        "$build/bin/tessaro-till" simulate --plugins "$build/plugins" "$@"
         ;;
     demo)
         shift

@@ -52,10 +52,13 @@ public:
     /// A line saying what \a action does.
     static QString title(const ScenarioAction &action);
 
-private:
-    /// Runs \a action; returns the document it worked on.
+    /// Runs \a action as the cashier would on \a till; returns the document it
+    /// worked on. \a resuming tells that the till stopped right before it.
+    /// The simulation plays its generated sessions through this too.
     QSharedPointer<AbstractDocument> perform(const ScenarioAction &action, int index, bool resuming, Till *till,
                                              TillActions *actions, ActionLog *log);
+
+private:
     QSharedPointer<AbstractDocument> scenarioDocument(const QString &name, Till *till) const;
     /// The document the actions before \a index last opened.
     QString documentNameBefore(int index) const;

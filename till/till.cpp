@@ -120,6 +120,8 @@ bool Till::installHost(QString *error)
     MockFactory<Dialog>::setInstance(QSharedPointer<TillDialog>::create(m_cashier, m_log));
     ActionLog *log = m_log;
     MockFactory<RestClient>::setCreator([log] { return QSharedPointer<RestClient>(new RecordingRestClient(log)); });
+    if (m_hostInstaller)
+        m_hostInstaller();
     return true;
 }
 

@@ -12,6 +12,7 @@
 
 #include <QSharedPointer>
 
+#include <functional>
 #include <memory>
 
 class BasicLoyaltySystem;
@@ -46,6 +47,10 @@ public:
     /// is made anew, the plug-in's registrations are dropped and init runs
     /// again (the plug-in object itself is the process's one).
     bool restart(QString *error);
+    /// Runs \a install each time the host objects have been made (at start and
+    /// at every restart), before the plug-in's init: a harness puts its own
+    /// substitutes (clock, REST client) in place there.
+    void setHostInstaller(const std::function<void()> &install) { m_hostInstaller = install; }
 
     const TillDataFolder &folder() const { return m_folder; }
     const TillSettings &settings() const { return m_settings; }
@@ -86,6 +91,7 @@ private:
     ActionPipeline m_pipeline;
     std::unique_ptr<FormPresenter> m_presenter;
     std::unique_ptr<HostActions> m_hostActions;
+    std::function<void()> m_hostInstaller;
 };
 
 } // namespace till

@@ -6,7 +6,7 @@ class QCommandLineParser;
 
 namespace till {
 
-/// The tessaro-till command: init, run, shell, demo and check, each with --help.
+/// The tessaro-till command: init, run, shell, demo, check and simulate, each with --help.
 ///
 /// Exit codes: 0 done (every expectation held), 1 an expectation failed,
 /// 2 wrong command line or scenario file, 3 the till could not run. The check
@@ -31,6 +31,7 @@ private:
     int run(const QStringList &arguments);
     int shell(const QStringList &arguments);
     int demo(const QStringList &arguments);
+    int simulate(const QStringList &arguments);
     int check(const QStringList &arguments);
     int usage(const QString &problem) const;
 

@@ -1,0 +1,168 @@
+#include "killedtillrun.h"
+
+#include "jsonfile.h"
+#include "report.h"
+#include "sessionfile.h"
+#include "sessiongenerator.h"
+#include "sessionrunner.h"
+#include "tilldatafolder.h"
+
+#include <documentsdao.h>
+#include <documentserializer.h>
+#include <emulator/emulator.h>
+#include <emulator/journalentry.h>
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QTemporaryDir>
+
+namespace till {
+
+namespace {
+
+constexpr int childMs = 120000;
+
+void violate(SessionOutcome *outcome, const QString &invariant, const QString &detail)
+{
+    outcome->violations << InvariantChecker::Violation{invariant, QStringLiteral("killed till: ") + detail};
+}
+
+int count(SessionOutcome *outcome, bool holds, const QString &invariant, const QString &detail)
+{
+    ++outcome->invariantsChecked;
+    if (!holds)
+        violate(outcome, invariant, detail);
+    return holds ? 1 : 0;
+}
+
+} // namespace
+
+KilledTillRun::KilledTillRun(const QString &program, const QString &pluginFolder)
+    : m_program(program)
+    , m_pluginFolder(pluginFolder)
+{
+}
+
+bool KilledTillRun::run(const SimulatedSession &played, SessionOutcome *outcome) const
+{
+    if (outcome->requests == 0)
+        return false;
+    SimulatedSession killed = played;
+    // The in-process play had the restarts; the child's only stop is the kill, and each restart would cost it a new process.
+    killed.scenario.actions.removeIf([](const ScenarioAction &action) { return action.type == ScenarioAction::Restart; });
+    // Held at the service: the till waits inside its close hook when it dies.
+    killed.faults << SessionFault{QStringLiteral("/advicenote"), killed.killRequest, QStringLiteral("hang"), 0, 0, {}};
+    QString error;
+    const std::optional<tessaro::emulator::EmulatorSettings> settings =
+        tessaro::emulator::EmulatorSettings::fromJson(SessionFile::emulatorJson(killed), &error);
+    if (!settings)
+        return false;
+    tessaro::emulator::Emulator emulator(*settings);
+    emulator.clock().setNow(SessionGenerator::epoch());
+    QTemporaryDir dir(SessionRunner::workFolder() + QStringLiteral("/tessaro-killed-XXXXXX"));
+    const TillDataFolder folder(dir.filePath(QStringLiteral("till")));
+    const QString scenarioFile = dir.filePath(QStringLiteral("session.json"));
+    const QString reportFile = dir.filePath(QStringLiteral("report.json"));
+    if (emulator.startInThread(0) == 0 || !SessionRunner::prepareFolder(folder, emulator.baseUrl(), emulator.tokenUrl(), &error)
+        || !JsonFile::write(scenarioFile, SessionFile::scenarioJson(killed, QString()), &error)) {
+        violate(outcome, QStringLiteral("setup"), error);
+        return true;
+    }
+    const QStringList arguments{QStringLiteral("run"), QStringLiteral("--data"), folder.path(), QStringLiteral("--plugins"), m_pluginFolder,
+                                QStringLiteral("--report"), reportFile, scenarioFile};
+
+    QProcess till;
+    till.start(m_program, arguments);
+    if (!till.waitForStarted(childMs))
+        return false;
+    // waitForFinished() also notices the child's end, which state() alone does not without an event loop.
+    const QDeadlineTimer deadline(childMs);
+    bool ended = false;
+    while (!ended && emulator.journal().entriesFor(QStringLiteral("/advicenote")).size() <= killed.killRequest && !deadline.hasExpired())
+        ended = till.waitForFinished(5);
+    const bool held = !ended && !deadline.hasExpired();
+    till.kill();
+    till.waitForFinished(childMs);
+    emulator.releaseHeldConnections();
+    if (!held)
+        return false;
+    ++outcome->kills;
+
+    const QDir documents(folder.documentsDir());
+    for (const QString &name : documents.entryList({QStringLiteral("*.json")}, QDir::Files)) {
+        QJsonObject json;
+        count(outcome, JsonFile::read(documents.filePath(name), &json, &error) && DocumentSerializer::fromJson(json),
+              QStringLiteral("documents-load-after-kill"), QStringLiteral("the document file %1 does not load").arg(name));
+    }
+
+    QProcess again;
+    again.start(m_program, arguments);
+    const bool finished = again.waitForFinished(childMs);
+    if (!finished || again.exitStatus() != QProcess::NormalExit || again.exitCode() > 1) {
+        violate(outcome, QStringLiteral("no-crash"),
+                QStringLiteral("the till did not finish the session after the kill (exit code %1): %2")
+                    .arg(again.exitCode())
+                    .arg(QString::fromUtf8(again.readAllStandardError().right(500))));
+        return true;
+    }
+    QJsonObject report;
+    if (!JsonFile::read(reportFile, &report, &error)) {
+        violate(outcome, QStringLiteral("setup"), error);
+        return true;
+    }
+
+    // Read from the journal: the killed run's records did not survive it.
+    QHash<QString, int> lost;
+    bool tillOpened = false;
+    for (const tessaro::emulator::JournalEntry &entry : emulator.journal().entries()) {
+        const bool broken = entry.fault == QLatin1String("truncated-json") || entry.fault == QLatin1String("malformed-json")
+            || entry.fault == QLatin1String("empty-body");
+        // An answer the till got whole; any other may have been applied without the till knowing.
+        const bool answered = entry.outcome == tessaro::emulator::JournalEntry::Outcome::Answered && !broken;
+        const bool genuine = entry.fault.isEmpty() || entry.fault == QLatin1String("delay");
+        if (entry.exchange.path.endsWith(QLatin1String("/till/open")))
+            tillOpened = tillOpened || (answered && genuine && (entry.status == 200 || entry.status == 409));
+        if (entry.exchange.path.endsWith(QLatin1String("/advicenote")) && !answered)
+            ++lost[QString::fromUtf8(QJsonDocument(entry.exchange.jsonObject()).toJson(QJsonDocument::Compact))];
+    }
+    QHash<QString, int> applications;
+    QSet<QString> keys;
+    for (const auto &note : emulator.state().adviceNotes.notes()) {
+        ++applications[QString::fromUtf8(QJsonDocument(note.body).toJson(QJsonDocument::Compact))];
+        keys.insert(note.key4);
+    }
+    for (auto it = applications.cbegin(); it != applications.cend(); ++it) {
+        // The request the kill cut off was held, not applied, and is not in the finished run's records.
+        count(outcome, it.value() <= 1 + lost.value(it.key()), QStringLiteral("advice-note-applied-once"),
+              QStringLiteral("an advice note was applied %1 times with %2 lost answer(s)").arg(it.value()).arg(lost.value(it.key())));
+        outcome->lostAnswers += qMax(0, it.value() - 1);
+    }
+
+    const QJsonObject states = report.value(QStringLiteral("documents")).toObject();
+    for (auto it = states.constBegin(); it != states.constEnd(); ++it) {
+        const QJsonObject state = it.value().toObject();
+        const QJsonObject data = state.value(QStringLiteral("pluginData")).toObject();
+        const QString raw = data.value(QStringLiteral("invoiceIDRaw")).toString();
+        if (raw.isEmpty())
+            continue;
+        QString plain = raw;
+        plain.remove(QLatin1Char('/'));
+        count(outcome, keys.contains(raw) && data.value(QStringLiteral("invoiceID")).toString() == plain,
+              QStringLiteral("close-stores-invoice"), QStringLiteral("%1 holds the invoice %2, which the service never gave").arg(it.key(), raw));
+    }
+
+    bool present = false;
+    for (const StorageItem &item : DocumentsDao(folder.databaseFile()).getStorageItems(1))
+        present = present || item.getName() == QLatin1String("tillOpen");
+    count(outcome, present == tillOpened, QStringLiteral("till-open-record"),
+          QStringLiteral("the shift record \"tillOpen\" is %1 although the till was %2 at the service")
+              .arg(present ? QStringLiteral("there") : QStringLiteral("missing"), tillOpened ? QStringLiteral("opened") : QStringLiteral("never opened")));
+    outcome->requests += emulator.journal().size();
+    outcome->faults[QStringLiteral("hang")] += 1;
+    return true;
+}
+
+} // namespace till

@@ -1,0 +1,296 @@
+#include "simulationcommand.h"
+
+#include "sessionfile.h"
+#include "sessionoutcome.h"
+#include "sessionrunner.h"
+#include "sessionshrinker.h"
+
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QTextStream>
+#include <QTimer>
+
+#include <limits>
+#include <memory>
+#include <vector>
+
+namespace till {
+
+namespace {
+
+/// Replays a shrinking session may take.
+constexpr int shrinkBudget = 150;
+
+bool hasViolation(const SessionOutcome &outcome, const QString &invariant)
+{
+    return std::any_of(outcome.violations.cbegin(), outcome.violations.cend(),
+                       [&invariant](const InvariantChecker::Violation &violation) { return violation.invariant == invariant; });
+}
+
+QJsonObject failureJson(const SimulationReport::Failure &failure)
+{
+    return {{QStringLiteral("seed"), double(failure.seed)},   {QStringLiteral("invariant"), failure.invariant},
+            {QStringLiteral("detail"), failure.detail},       {QStringLiteral("replay"), failure.replay},
+            {QStringLiteral("scenario"), failure.scenario}};
+}
+
+SimulationReport::Failure failureFromJson(const QJsonObject &json)
+{
+    return {quint64(json.value(QStringLiteral("seed")).toDouble()), json.value(QStringLiteral("invariant")).toString(),
+            json.value(QStringLiteral("detail")).toString(), json.value(QStringLiteral("replay")).toString(),
+            json.value(QStringLiteral("scenario")).toString()};
+}
+
+SimulationCommand::Player &player()
+{
+    static SimulationCommand::Player player;
+    return player;
+}
+
+} // namespace
+
+/// One worker process and the session it is in the middle of.
+struct SimulationCommand::Worker
+{
+    QProcess process;
+    QByteArray buffer;
+    std::optional<int> running;
+    quint64 runningSeed = 0;
+};
+
+SimulationCommand::SimulationCommand(const Options &options, QTextStream *out, QTextStream *err)
+    : m_options(options)
+    , m_out(out)
+    , m_err(err)
+{
+}
+
+void SimulationCommand::setPlayer(const Player &play)
+{
+    player() = play;
+}
+
+SessionOutcome SimulationCommand::play(quint64 seed) const
+{
+    if (player())
+        return player()(seed, m_options.rates.fault);
+    return SessionRunner(m_options.pluginFolder, m_options.program).run(SessionGenerator(m_options.rates).generate(seed));
+}
+
+QString SimulationCommand::replayCommand(quint64 seed) const
+{
+    return QStringLiteral("%1 simulate --replay %2 --fault-rate %3 --kill-rate %4 --plugins %5")
+        .arg(m_options.program)
+        .arg(seed)
+        .arg(m_options.rates.fault)
+        .arg(m_options.rates.kill)
+        .arg(m_options.pluginFolder);
+}
+
+SimulationReport::Failure SimulationCommand::settle(const SessionOutcome &outcome) const
+{
+    const InvariantChecker::Violation first = outcome.violations.first();
+    SimulationReport::Failure failure{outcome.seed, first.invariant, first.detail, replayCommand(outcome.seed), QString()};
+    if (player())
+        return failure;
+    const SessionRunner runner(m_options.pluginFolder, m_options.program);
+    SessionShrinker shrinker([&runner, &first](const SimulatedSession &candidate) { return hasViolation(runner.run(candidate), first.invariant); },
+                             shrinkBudget);
+    const SimulatedSession shrunk = shrinker.shrink(outcome.played);
+    // Played once more, so the answers and faults written are those it meets.
+    const SessionOutcome final = runner.run(shrunk);
+    const SimulatedSession written = hasViolation(final, first.invariant) ? final.played : outcome.played;
+    const QString description = QStringLiteral("Shrunk by tessaro-till simulate from session %1 (%2 replays): %3: %4. Replay: %5")
+                                    .arg(outcome.seed)
+                                    .arg(shrinker.replays())
+                                    .arg(first.invariant, first.detail, failure.replay);
+    QString error;
+    failure.scenario = SessionFile::write(written, m_options.outFolder, QStringLiteral("session-%1").arg(outcome.seed), description, &error);
+    if (failure.scenario.isEmpty())
+        *m_err << QStringLiteral("tessaro-till: ") << error << Qt::endl;
+    return failure;
+}
+
+int SimulationCommand::replay(quint64 seed)
+{
+    return report(play(seed), true);
+}
+
+int SimulationCommand::replayFile(const QString &scenarioFile)
+{
+    QString error;
+    const std::optional<SimulatedSession> session = SessionFile::load(scenarioFile, &error);
+    if (!session) {
+        *m_err << QStringLiteral("tessaro-till: ") << error << Qt::endl;
+        return 2;
+    }
+    return report(SessionRunner(m_options.pluginFolder, m_options.program).run(*session), false);
+}
+
+int SimulationCommand::report(const SessionOutcome &outcome, bool settleFailure)
+{
+    SimulationReport report(outcome.seed);
+    report.add(outcome);
+    if (outcome.failed()) {
+        const InvariantChecker::Violation &first = outcome.violations.first();
+        report.addFailure(settleFailure ? settle(outcome) : SimulationReport::Failure{outcome.seed, first.invariant, first.detail, QString(), QString()});
+    }
+    if (m_options.json)
+        *m_out << QJsonDocument(report.toJson()).toJson(QJsonDocument::Compact) << Qt::endl;
+    else
+        *m_out << report.text();
+    return outcome.failed() ? 1 : 0;
+}
+
+int SimulationCommand::work(int first, int stride, qint64 deadline)
+{
+    const int total = m_options.sessions.value_or(std::numeric_limits<int>::max());
+    for (qint64 index = first; index < total; index += stride) {
+        if (deadline > 0 && QDateTime::currentMSecsSinceEpoch() >= deadline)
+            break;
+        const quint64 seed = SessionGenerator::sessionSeed(m_options.seed, quint64(index));
+        *m_out << QJsonDocument(QJsonObject{{QStringLiteral("begin"), double(index)}, {QStringLiteral("seed"), double(seed)}})
+                      .toJson(QJsonDocument::Compact)
+               << Qt::endl;
+        const SessionOutcome outcome = play(seed);
+        QJsonObject line = outcome.toJson();
+        line.insert(QStringLiteral("index"), double(index));
+        if (outcome.failed())
+            line.insert(QStringLiteral("failure"), failureJson(settle(outcome)));
+        *m_out << QJsonDocument(line).toJson(QJsonDocument::Compact) << Qt::endl;
+    }
+    return 0;
+}
+
+QStringList SimulationCommand::workerArguments(int first, int stride, qint64 deadline) const
+{
+    return {QStringLiteral("simulate"),
+            QStringLiteral("--worker"), QString::number(first),
+            QStringLiteral("--stride"), QString::number(stride),
+            QStringLiteral("--deadline"), QString::number(deadline),
+            QStringLiteral("--seed"), QString::number(m_options.seed),
+            QStringLiteral("--sessions"), QString::number(m_options.sessions.value_or(std::numeric_limits<int>::max())),
+            QStringLiteral("--fault-rate"), QString::number(m_options.rates.fault),
+            QStringLiteral("--kill-rate"), QString::number(m_options.rates.kill),
+            QStringLiteral("--plugins"), m_options.pluginFolder,
+            QStringLiteral("--out"), m_options.outFolder};
+}
+
+int SimulationCommand::run()
+{
+    if (!m_options.sessions && !m_options.seconds)
+        m_options.sessions = 100;
+    const qint64 deadline = m_options.seconds ? QDateTime::currentMSecsSinceEpoch() + qint64(*m_options.seconds) * 1000 : 0;
+    const int total = m_options.sessions.value_or(std::numeric_limits<int>::max());
+    *m_err << QStringLiteral("simulate: seed %1, %2, %3 job(s), fault rate %4, kill rate %5")
+                  .arg(m_options.seed)
+                  .arg(m_options.sessions ? QStringLiteral("%1 sessions").arg(*m_options.sessions)
+                                          : QStringLiteral("%1 s").arg(*m_options.seconds))
+                  .arg(m_options.jobs)
+                  .arg(m_options.rates.fault)
+                  .arg(m_options.rates.kill)
+           << Qt::endl;
+
+    SimulationReport report(m_options.seed);
+    QElapsedTimer clock;
+    clock.start();
+    QEventLoop loop;
+    int alive = 0;
+    std::vector<std::unique_ptr<Worker>> workers;
+    const int stride = qMax(1, m_options.jobs);
+
+    std::function<void(Worker *, int)> start = [&](Worker *worker, int first) {
+        worker->buffer.clear();
+        worker->running.reset();
+        worker->process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        worker->process.start(m_options.program, workerArguments(first, stride, deadline));
+        ++alive;
+    };
+    const auto readLines = [&](Worker *worker) {
+        worker->buffer += worker->process.readAllStandardOutput();
+        qsizetype end;
+        while ((end = worker->buffer.indexOf('\n')) >= 0) {
+            const QJsonObject line = QJsonDocument::fromJson(worker->buffer.left(end)).object();
+            worker->buffer.remove(0, end + 1);
+            if (line.contains(QStringLiteral("begin"))) {
+                worker->running = line.value(QStringLiteral("begin")).toInt();
+                worker->runningSeed = quint64(line.value(QStringLiteral("seed")).toDouble());
+                continue;
+            }
+            if (!line.contains(QStringLiteral("index")))
+                continue;
+            worker->running.reset();
+            report.add(SessionOutcome::fromJson(line));
+            if (line.contains(QStringLiteral("failure"))) {
+                const SimulationReport::Failure failure = failureFromJson(line.value(QStringLiteral("failure")).toObject());
+                report.addFailure(failure);
+                *m_err << QStringLiteral("simulate: session %1 FAILED: %2: %3\n  replay: %4\n  scenario: %5")
+                              .arg(failure.seed)
+                              .arg(failure.invariant, failure.detail, failure.replay, failure.scenario)
+                       << Qt::endl;
+            }
+        }
+    };
+    for (int job = 0; job < stride; ++job) {
+        workers.push_back(std::make_unique<Worker>());
+        Worker *worker = workers.back().get();
+        QObject::connect(&worker->process, &QProcess::readyReadStandardOutput, &loop, [&, worker] { readLines(worker); });
+        QObject::connect(&worker->process, &QProcess::finished, &loop, [&, worker](int exitCode, QProcess::ExitStatus status) {
+            readLines(worker);
+            --alive;
+            if (worker->running) {
+                // The worker died inside a session: a crash or a sanitizer's report.
+                SessionOutcome crashed;
+                crashed.seed = worker->runningSeed;
+                const QString detail = status == QProcess::CrashExit ? QStringLiteral("the till process crashed")
+                                                                     : QStringLiteral("the till process ended with exit code %1").arg(exitCode);
+                crashed.violations << InvariantChecker::Violation{QStringLiteral("no-crash"), detail};
+                report.add(crashed);
+                report.addFailure({crashed.seed, QStringLiteral("no-crash"), detail, replayCommand(crashed.seed), QString()});
+                *m_err << QStringLiteral("simulate: session %1 FAILED: %2\n  replay: %3").arg(crashed.seed).arg(detail, replayCommand(crashed.seed))
+                       << Qt::endl;
+                const int next = *worker->running + stride;
+                const bool timeLeft = deadline == 0 || QDateTime::currentMSecsSinceEpoch() < deadline;
+                if (next < total && timeLeft) {
+                    start(worker, next);
+                    return;
+                }
+            } else if (status == QProcess::CrashExit || exitCode != 0) {
+                // Between sessions: a sanitizer's report at exit (leaks), or a worker that could not run.
+                const QString detail = QStringLiteral("a worker ended with %1 after its sessions")
+                                           .arg(status == QProcess::CrashExit ? QStringLiteral("a crash") : QStringLiteral("exit code %1").arg(exitCode));
+                report.addWorkerFailure({0, QStringLiteral("no-sanitizer-report"), detail, QString(), QString()});
+                *m_err << QStringLiteral("simulate: FAILED: ") << detail << Qt::endl;
+            }
+            if (alive == 0)
+                loop.quit();
+        });
+        QObject::connect(&worker->process, &QProcess::errorOccurred, &loop, [&](QProcess::ProcessError error) {
+            if (error != QProcess::FailedToStart)
+                return;
+            report.addWorkerFailure({0, QStringLiteral("setup"), QStringLiteral("a worker could not start: %1").arg(m_options.program), QString(), QString()});
+            if (--alive == 0)
+                loop.quit();
+        });
+        start(worker, job);
+    }
+    QTimer progress;
+    QObject::connect(&progress, &QTimer::timeout, &loop, [&] {
+        report.setElapsedMs(clock.elapsed());
+        *m_err << report.progressLine() << Qt::endl;
+    });
+    progress.start(2000);
+    if (alive > 0)
+        loop.exec();
+    report.setElapsedMs(clock.elapsed());
+    if (m_options.json)
+        *m_out << QJsonDocument(report.toJson()).toJson(QJsonDocument::Compact) << Qt::endl;
+    else
+        *m_out << report.text();
+    return report.violations() == 0 ? 0 : 1;
+}
+
+} // namespace till
