@@ -30,6 +30,7 @@
 #include <QUrlQuery>
 
 #include <functional>
+#include <limits>
 
 namespace tessaro {
 
@@ -38,6 +39,15 @@ namespace {
 Config *config()
 {
     return Singleton<Config>::instance();
+}
+
+// Configured seconds as the REST client's milliseconds. Seconds beyond what an
+// int holds in milliseconds go as the most it holds, which the client then
+// bounds like any other time-out that is too long.
+int milliseconds(qint64 seconds)
+{
+    constexpr qint64 most = std::numeric_limits<int>::max() / 1000;
+    return int(qBound(-most, seconds, most) * 1000);
 }
 
 // Section keys are integers; a key that is not one is skipped.
@@ -249,7 +259,7 @@ Interface::Interface()
     restClient = MockFactory<RestClient>::create();
     restClient->setLogger(logger);
     restClient->setTargetAlias(QStringLiteral("сервису Tessaro"));
-    restClient->setTimeout(int(timeout * 1000));
+    restClient->setTimeout(milliseconds(timeout));
     restClient->setSecretHeaders({QStringLiteral("Authorization")});
 
     validationCouponMask = QRegularExpression(settings->getString(QStringLiteral("Tessaro:validationCouponMask"), QStringLiteral("^255.*")));

@@ -11,6 +11,8 @@
 #include <QFile>
 #include <QTest>
 
+#include <limits>
+
 namespace {
 
 // The client with the members its constructor fills in view.
@@ -201,20 +203,27 @@ void TestInterfaceConfig::timeoutInSeconds_data()
 {
     QTest::addColumn<QString>("value");
     QTest::addColumn<qint64>("seconds");
-    QTest::newRow("one") << "1" << qint64(1);
-    QTest::newRow("thirty") << "30" << qint64(30);
-    QTest::newRow("not a number") << "five" << qint64(5);
-    QTest::newRow("empty") << "" << qint64(5);
+    QTest::addColumn<int>("milliseconds");
+    // A time-out without bound gets the REST client's longest one.
+    const int longest = RestClient().longestTimeout();
+    QTest::newRow("one") << "1" << qint64(1) << 1000;
+    QTest::newRow("thirty") << "30" << qint64(30) << 30000;
+    QTest::newRow("not a number") << "five" << qint64(5) << 5000;
+    QTest::newRow("empty") << "" << qint64(5) << 5000;
+    QTest::newRow("zero") << "0" << qint64(0) << longest;
+    QTest::newRow("negative") << "-2" << qint64(-2) << longest;
+    QTest::newRow("beyond the clock") << "9223372036854775807" << std::numeric_limits<qint64>::max() << longest;
 }
 
 void TestInterfaceConfig::timeoutInSeconds()
 {
     QFETCH(QString, value);
     QFETCH(qint64, seconds);
+    QFETCH(int, milliseconds);
     TestHost host(QStringLiteral("[Tessaro]\ntimeout=%1\n").arg(value));
     const InspectedInterface client;
     QCOMPARE(client.timeoutSeconds(), seconds);
-    QCOMPARE(client.restClient->timeout(), int(seconds * 1000));
+    QCOMPARE(client.restClient->timeout(), milliseconds);
 }
 
 void TestInterfaceConfig::couponMaskIsCompiledWithoutOptions()

@@ -14,6 +14,7 @@
 #include <QTest>
 
 #include <atomic>
+#include <limits>
 #include <thread>
 #include <vector>
 
@@ -79,6 +80,8 @@ private slots:
     void networkFailure_data();
     void networkFailure();
     void timeoutBoundsExchange();
+    void unboundedTimeoutIsReplacedByTheBound_data();
+    void unboundedTimeoutIsReplacedByTheBound();
     void serverShutdownEndsHangingExchange();
     void httpsRefusesUnverifiedPeer();
     void oneInfoLinePerExchange();
@@ -406,6 +409,40 @@ void TestRestClient::timeoutBoundsExchange()
     QCOMPARE(response.httpCode(), 0);
     QVERIFY2(response.errorText().text().contains(QStringLiteral("timed out")),
              qPrintable(response.errorText().text()));
+}
+
+void TestRestClient::unboundedTimeoutIsReplacedByTheBound_data()
+{
+    QTest::addColumn<int>("timeout");
+    QTest::newRow("zero, no time-out for libcurl") << 0;
+    QTest::newRow("negative") << -1;
+    QTest::newRow("longer than the bound") << std::numeric_limits<int>::max();
+}
+
+void TestRestClient::unboundedTimeoutIsReplacedByTheBound()
+{
+    QFETCH(int, timeout);
+    const Log4Qt::Logger logger(loggerName);
+    m_client->setLogger(&logger);
+    m_client->setLongestTimeout(300);
+    const LogCapture log;
+
+    m_client->setTimeout(timeout);
+
+    QCOMPARE(m_client->timeout(), 300);
+    const QStringList warnings = log.texts(loggerName, QtWarningMsg);
+    QCOMPARE(warnings.size(), 1);
+    QVERIFY2(warnings.first().contains(QString::number(timeout)) && warnings.first().contains(QStringLiteral("300 ms")),
+             qPrintable(warnings.first()));
+
+    // A server that takes the request and never answers.
+    m_server->enqueue(Answer::hang());
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(!m_client->post(m_server->url(), parsed("{}"), {}));
+    const qint64 elapsed = clock.elapsed();
+    QVERIFY2(elapsed < 1300, qPrintable(QString::number(elapsed)));
+    QVERIFY(m_client->lastResponse().isNetworkError());
 }
 
 void TestRestClient::serverShutdownEndsHangingExchange()
