@@ -80,6 +80,27 @@ bool hasHeader(const RestClient::Headers &headers, const QString &name)
     });
 }
 
+// libcurl sends a header line as it is given: a line break in a name or a
+// value (a token from a token endpoint, a request id) would add headers of
+// its own, and a NUL would cut the value short.
+bool breaksHeaderLine(const QString &text)
+{
+    return text.contains(QLatin1Char('\r')) || text.contains(QLatin1Char('\n')) || text.contains(QChar(0));
+}
+
+// Why \a headers cannot be sent, naming the header but never its value;
+// empty when they can.
+QString headerProblem(const RestClient::Headers &headers)
+{
+    for (auto it = headers.cbegin(); it != headers.cend(); ++it) {
+        if (breaksHeaderLine(it.key()))
+            return QStringLiteral("a header name holds a line break or NUL");
+        if (breaksHeaderLine(it.value()))
+            return QStringLiteral("the value of the header \"%1\" holds a line break or NUL").arg(it.key());
+    }
+    return QString();
+}
+
 QString cutForLog(const QString &text)
 {
     if (text.size() <= loggedBodyLimit)
@@ -131,6 +152,14 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
 
     if (!curl) {
         last = response(url, CURLE_FAILED_INIT, 0, {});
+        return false;
+    }
+    if (const QString problem = headerProblem(headers); !problem.isEmpty()) {
+        qstrncpy(error.data(), qPrintable(problem + QStringLiteral("; the request is not sent")), error.size());
+        last = response(url, CURLE_BAD_FUNCTION_ARGUMENT, 0, {});
+        if (logger)
+            logger->error(QStringLiteral("%1 %2: %3").arg(verb == Verb::Post ? QStringLiteral("POST") : QStringLiteral("GET"),
+                                                          loggedUrl(url), last.errorText().text()));
         return false;
     }
 

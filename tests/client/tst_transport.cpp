@@ -172,6 +172,7 @@ private slots:
     void timeoutIsBounded();
     void timeoutWithoutBoundIsBounded_data();
     void timeoutWithoutBoundIsBounded();
+    void tokenWithLineBreakIsNotSent();
     void networkFailureThatStillSaysShiftIsReturned_data();
     void networkFailureThatStillSaysShiftIsReturned();
     void unauthorisedWithBodyFetchesToken();
@@ -628,6 +629,24 @@ void TestTransport::timeoutWithoutBoundIsBounded()
     const qint64 elapsed = timer.elapsed();
     QVERIFY2(elapsed < 1300, qPrintable(QString::number(elapsed)));
     QCOMPARE(bed.server().requestCount(), 1);
+}
+
+void TestTransport::tokenWithLineBreakIsNotSent()
+{
+    ServiceTestBed bed;
+    bed.server().enqueue(ServiceTestBed::tokenAnswer("tok-1\\r\\nX-Injected: 1"));
+    const LogCapture log;
+    Client client;
+
+    QVERIFY_THROWS_EXCEPTION(tessaro::ConnectionErrorException,
+                             sendEmpty(client, tessaro::Interface::TillOpen));
+
+    // The token request went out; the request that would carry the token did not.
+    QCOMPARE(bed.server().requestCount(), 1);
+    QCOMPARE(bed.server().requests().first().path, QStringLiteral("/oauth/token"));
+    const QStringList errors = log.texts(QStringLiteral("tessaro"), QtCriticalMsg);
+    QVERIFY2(!errors.isEmpty() && errors.first().contains(QStringLiteral("Authorization")), qPrintable(errors.join('|')));
+    QVERIFY(!errors.first().contains(QStringLiteral("tok-1")));
 }
 
 void TestTransport::networkFailureThatStillSaysShiftIsReturned_data()
