@@ -46,6 +46,8 @@ private slots:
     void exitToMenu();
     void attemptRequiresCommonReason_data();
     void attemptRequiresCommonReason();
+    void attemptReadsDocumentOfEveryPointerType_data();
+    void attemptReadsDocumentOfEveryPointerType();
 };
 
 void TestReturnFlow::returnOfOtherSystemPassesUntouched_data()
@@ -242,6 +244,33 @@ void TestReturnFlow::attemptRequiresCommonReason()
         QTest::ignoreMessage(QtInfoMsg, "Выбрана общая причина возврата: 5");
     QCOMPARE(m_plugin->beforeAttemptToBackBySale(action), EContext::Result(result));
     QCOMPARE(document->getCommonBackReason(), reason);
+    QCOMPARE(m_host->dialog()->choices().size(), 1);
+}
+
+void TestReturnFlow::attemptReadsDocumentOfEveryPointerType_data()
+{
+    QTest::addColumn<QString>("stored");
+    QTest::newRow("as AbstractDocument") << "AbstractDocument";
+    QTest::newRow("as BackDocument") << "BackDocument";
+    QTest::newRow("as BackBySaleDocument") << "BackBySaleDocument";
+}
+
+void TestReturnFlow::attemptReadsDocumentOfEveryPointerType()
+{
+    QFETCH(QString, stored);
+    Singleton<DictionariesDao>::instance()->setBackReasons(2, {{3, QStringLiteral("Брак")}, {5, QStringLiteral("Не подошел размер")}});
+    m_host->dialog()->enqueueChoice(1);
+    const auto document = m_host->backBySale(QStringLiteral("000100122024000012000345"));
+    const QHash<QString, QVariant> values{
+        {QStringLiteral("AbstractDocument"), QVariant::fromValue(document.staticCast<AbstractDocument>())},
+        {QStringLiteral("BackDocument"), QVariant::fromValue(document.staticCast<BackDocument>())},
+        {QStringLiteral("BackBySaleDocument"), QVariant::fromValue(document)},
+    };
+    const control::Action action(control::AttemptToBackBySale, {{QStringLiteral("document"), values.value(stored)}});
+
+    QTest::ignoreMessage(QtInfoMsg, "Выбрана общая причина возврата: 5");
+    QCOMPARE(m_plugin->beforeAttemptToBackBySale(action), EContext::Continue);
+    QCOMPARE(document->getCommonBackReason(), QVariant(5));
     QCOMPARE(m_host->dialog()->choices().size(), 1);
 }
 
