@@ -58,7 +58,11 @@ class BackPlugin : public QObject, public BasicLoyaltySystem
 {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID "TessaroBack")
-    Q_INTERFACES(BasicLoyaltySystem BasicPlugin)
+    // Only the plug-in interface goes by its id: the host reaches the loyalty
+    // system by the base's class name, "BasicLoyaltySystem", and no other name
+    // may answer (moc's warning that qobject_cast to BasicLoyaltySystem will
+    // not work says just that).
+    Q_INTERFACES(BasicPlugin)
 
 public:
     BackPlugin();
