@@ -1,0 +1,59 @@
+#pragma once
+
+// Helpers that several of Interface's source files share: the configuration,
+// the operator's code, traceability records and the folding of a document's
+// payments. Private to client/.
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QList>
+#include <QSet>
+#include <QSharedPointer>
+#include <QString>
+
+#include <functional>
+
+class AbstractDocument;
+class Config;
+class MoneyItem;
+class User;
+
+namespace orvel {
+class Traceability;
+}
+
+namespace tessaro::detail {
+
+Config *config();
+
+QString operatorCode(const QSharedPointer<User> &user);
+
+// The host's card type of the service's loyalty cards.
+constexpr int loyaltyCardType = 27;
+
+// The fields of a traceability record that the service takes, each only when
+// set. A cart item never carries the GTIN; an advice note's item does.
+QJsonObject traceabilityObject(const orvel::Traceability &record, bool withGtin = false);
+
+// The host's discount modes of rounding: of the receipt's total, and by the change given.
+constexpr int roundingDiscountMode = 11;
+constexpr int changeRoundingDiscountMode = 6;
+
+// What the receipt was rounded by: its discounts of the rounding \a modes and its own rounding.
+double roundingTotal(const AbstractDocument &document, const QSet<int> &modes);
+
+// A document's payments as the service takes them: every payment made by
+// \a paymentFor, in order, except that the cash paid out goes as one element,
+// the last cash payment's, carrying the cash total (cashTotal); the caller
+// completes it and appends it last. Change is no cash paid out and goes as it is.
+struct FoldedPayments
+{
+    QJsonArray payments;
+    QJsonObject cash;  ///< empty when nothing was paid out in cash
+    double cashTotal = 0.0;
+};
+
+FoldedPayments foldCash(const QList<QSharedPointer<MoneyItem>> &moneyItems,
+                        const std::function<QJsonObject(const QSharedPointer<MoneyItem> &)> &paymentFor);
+
+} // namespace tessaro::detail
