@@ -48,7 +48,8 @@ class Interface;
 /// three triggers only fire while a return document is bound.
 ///
 /// Hooks return 0 to stop the action (after telling the cashier why), 2 to
-/// let it go on and 3 when they have nothing to do. Everything the plug-in
+/// let it go on and 3 when they have nothing to do. A BasicException thrown
+/// inside a hook never reaches the host: it is shown and the action refused. Everything the plug-in
 /// produces for a document is kept on that document, so a document reopened
 /// after a restart carries on where it stopped.
 ///
@@ -161,8 +162,13 @@ protected:
 
 private:
     using Hook = EContext::Result (BackPlugin::*)(const control::Action &);
-    /// A call of \a hook on this object, as the host's pipeline runs it.
+    /// A call of \a hook on this object, as the host's pipeline runs it:
+    /// through guarded().
     ActionTrigger::Function call(Hook hook);
+    /// Runs \a hook with \a action. Host operations inside a hook (dialogs,
+    /// the action queue, the document) may throw; a BasicException never
+    /// reaches the host's pipeline: it is shown and the action refused (0).
+    EContext::Result guarded(Hook hook, const control::Action &action);
     /// Keeps the sale a return by sale reverses on \a document; false when
     /// its sale identifier cannot be one.
     bool bindBackBySale(const BackBySaleDocument &document) const;
