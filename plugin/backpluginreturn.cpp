@@ -166,7 +166,10 @@ EContext::Result BackPlugin::selectBackReason(const control::Action &action)
 
 EContext::Result BackPlugin::beforeAttemptToBackBySale(const control::Action &action)
 {
+    // A document kept as a pointer to its own class converts through the meta-type system.
     const auto document = action.value(QStringLiteral("document")).value<QSharedPointer<AbstractDocument>>();
+    if (!document)
+        return detail::refuseIncomplete(logger, action, QStringLiteral("документа"));
     if (!MockFactory<DocumentLogic>::create()->chooseCommonBackReason(document, {}))
         return EContext::Stop;
     logger->info(QStringLiteral("Выбрана общая причина возврата: %1").arg(document->getCommonBackReason().toInt()));

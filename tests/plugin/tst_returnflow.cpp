@@ -7,7 +7,9 @@
 #include <contextmanager.h>
 #include <control/args/backbysale.h>
 #include <dictionariesdao.h>
+#include <documentlogic.h>
 #include <edocumenttype.h>
+#include <mockfactory.h>
 #include <singleton.h>
 
 #include <QTest>
@@ -48,6 +50,8 @@ private slots:
     void attemptRequiresCommonReason();
     void attemptReadsDocumentOfEveryPointerType_data();
     void attemptReadsDocumentOfEveryPointerType();
+    void attemptWithoutDocumentIsRefused_data();
+    void attemptWithoutDocumentIsRefused();
 };
 
 void TestReturnFlow::returnOfOtherSystemPassesUntouched_data()
@@ -272,6 +276,38 @@ void TestReturnFlow::attemptReadsDocumentOfEveryPointerType()
     QCOMPARE(m_plugin->beforeAttemptToBackBySale(action), EContext::Continue);
     QCOMPARE(document->getCommonBackReason(), QVariant(5));
     QCOMPARE(m_host->dialog()->choices().size(), 1);
+}
+
+void TestReturnFlow::attemptWithoutDocumentIsRefused_data()
+{
+    QTest::addColumn<QVariant>("document");
+    QTest::newRow("no value") << QVariant();
+    QTest::newRow("null pointer") << QVariant::fromValue(QSharedPointer<AbstractDocument>());
+    QTest::newRow("no document") << QVariant(QStringLiteral("document"));
+}
+
+void TestReturnFlow::attemptWithoutDocumentIsRefused()
+{
+    QFETCH(QVariant, document);
+    // A host whose reason choice says yes to anything.
+    struct AgreeingLogic : DocumentLogic
+    {
+        int asked = 0;
+        bool chooseCommonBackReason(const QSharedPointer<AbstractDocument> &, const QStringList &) override
+        {
+            ++asked;
+            return true;
+        }
+    };
+    const auto logic = QSharedPointer<AgreeingLogic>::create();
+    MockFactory<DocumentLogic>::setInstance(logic);
+    control::Action action(control::AttemptToBackBySale, {});
+    if (document.isValid())
+        action.insert(QStringLiteral("document"), document);
+
+    QTest::ignoreMessage(QtCriticalMsg, "Действие 227 без документа отклонено");
+    QCOMPARE(m_plugin->beforeAttemptToBackBySale(action), EContext::Stop);
+    QCOMPARE(logic->asked, 0);
 }
 
 QTEST_GUILESS_MAIN(TestReturnFlow)
