@@ -142,8 +142,18 @@ bool BackPlugin::rollback(const QSharedPointer<AbstractDocument> &)
 
 bool BackPlugin::restoreLoyaltySystem()
 {
-    interface->setToken(getPluginData(QStringLiteral("token")).toString());
+    restoreToken();
     return true;
+}
+
+void BackPlugin::restoreToken()
+{
+    // A host may bind a document before it initialises the plug-in.
+    if (!interface) {
+        logger->warn(QStringLiteral("Клиент Tessaro ещё не создан: токен документа не передан"));
+        return;
+    }
+    interface->setToken(getPluginData(QStringLiteral("token")).toString());
 }
 
 bool BackPlugin::registerLoyaltySystem()

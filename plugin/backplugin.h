@@ -169,6 +169,9 @@ private:
     /// the action queue, the document) may throw; a BasicException never
     /// reaches the host's pipeline: it is shown and the action refused (0).
     EContext::Result guarded(Hook hook, const control::Action &action);
+    /// Gives the service client the token kept on the bound document; before
+    /// init() there is no client to give it to.
+    void restoreToken();
     /// Keeps the sale a return by sale reverses on \a document; false when
     /// its sale identifier cannot be one.
     bool bindBackBySale(const BackBySaleDocument &document) const;

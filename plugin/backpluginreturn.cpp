@@ -4,7 +4,6 @@
 #include "backplugin.h"
 
 #include "backplugindetail.h"
-#include "client/interface.h"
 #include "returns/backdialog.h"
 
 #include <abstractdocument.h>
@@ -69,7 +68,7 @@ void BackPlugin::setDocument(const QSharedPointer<AbstractDocument> &document)
     registerLoyaltySystem();
     enableTriggers();
     // A document reopened after a restart keeps the token it was processed with.
-    interface->setToken(getPluginData(QStringLiteral("token")).toString());
+    restoreToken();
 
     InvoiceInfo info = getInvoiceInfo();
     if (info.valid()) {
