@@ -45,6 +45,8 @@ double roundingTotal(const AbstractDocument &document, const QSet<int> &modes)
     double total = document.getRoundingSum();
     const QList<QSharedPointer<DocumentImpact>> impacts = document.getImpacts();
     for (const QSharedPointer<DocumentImpact> &impact : impacts) {
+        if (!impact)
+            continue;
         const QList<DocumentImpactDetail> details = impact->getTotals();
         for (const DocumentImpactDetail &detail : details) {
             if (detail.checkDiscountMode(modes))
@@ -59,6 +61,9 @@ FoldedPayments foldCash(const QList<QSharedPointer<MoneyItem>> &moneyItems,
 {
     FoldedPayments folded;
     for (const QSharedPointer<MoneyItem> &moneyItem : moneyItems) {
+        // A list entry the host left empty pays nothing.
+        if (!moneyItem)
+            continue;
         const QJsonObject payment = paymentFor(moneyItem);
         if (moneyItem->getValutType() == MoneyItem::Cash && !moneyItem->isChange()) {
             folded.cashTotal += moneyItem->getAmount();
