@@ -15,22 +15,12 @@
 #include <QJsonDocument>
 #include <QUrlQuery>
 
-#include <limits>
-
 namespace tessaro {
 
 using detail::config;
+using detail::milliseconds;
 
 namespace {
-
-// Configured seconds as the REST client's milliseconds. Seconds beyond what an
-// int holds in milliseconds go as the most it holds, which the client then
-// bounds like any other time-out that is too long.
-int milliseconds(qint64 seconds)
-{
-    constexpr qint64 most = std::numeric_limits<int>::max() / 1000;
-    return int(qBound(-most, seconds, most) * 1000);
-}
 
 // Section keys are integers; a key that is not one is skipped.
 template <typename Store>

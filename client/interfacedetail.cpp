@@ -8,11 +8,19 @@
 #include <singleton.h>
 #include <user.h>
 
+#include <limits>
+
 namespace tessaro::detail {
 
 Config *config()
 {
     return Singleton<Config>::instance();
+}
+
+int milliseconds(qint64 seconds)
+{
+    constexpr qint64 most = std::numeric_limits<int>::max() / 1000;
+    return int(qBound(-most, seconds, most) * 1000);
 }
 
 QString operatorCode(const QSharedPointer<User> &user)

@@ -1,3 +1,4 @@
+#include "client/checkclient.h"
 #include "client/interface.h"
 
 #include <config.h>
@@ -16,6 +17,13 @@
 namespace {
 
 // The client with the members its constructor fills in view.
+// The installation check's client, with its REST client open to tests.
+class InspectedCheckClient : public tessaro::CheckClient
+{
+public:
+    using Interface::restClient;
+};
+
 class InspectedInterface : public tessaro::Interface
 {
 public:
@@ -101,6 +109,8 @@ private slots:
     void urlsAreParsedTolerantly();
     void timeoutInSeconds_data();
     void timeoutInSeconds();
+    void checkBoundsItsTimeout_data();
+    void checkBoundsItsTimeout();
     void couponMaskIsCompiledWithoutOptions();
     void operationIdListsBecomeIntegers_data();
     void operationIdListsBecomeIntegers();
@@ -223,6 +233,27 @@ void TestInterfaceConfig::timeoutInSeconds()
     TestHost host(QStringLiteral("[Tessaro]\ntimeout=%1\n").arg(value));
     const InspectedInterface client;
     QCOMPARE(client.timeoutSeconds(), seconds);
+    QCOMPARE(client.restClient->timeout(), milliseconds);
+}
+
+void TestInterfaceConfig::checkBoundsItsTimeout_data()
+{
+    QTest::addColumn<int>("seconds");
+    QTest::addColumn<int>("milliseconds");
+    const int longest = RestClient().longestTimeout();
+    QTest::newRow("ten") << 10 << 10000;
+    QTest::newRow("milliseconds beyond an int") << 3000000 << longest;
+    QTest::newRow("most an int holds") << std::numeric_limits<int>::max() << longest;
+    QTest::newRow("negative") << -5 << longest;
+}
+
+void TestInterfaceConfig::checkBoundsItsTimeout()
+{
+    QFETCH(int, seconds);
+    QFETCH(int, milliseconds);
+    TestHost host;
+    InspectedCheckClient client;
+    client.boundTimeout(seconds);
     QCOMPARE(client.restClient->timeout(), milliseconds);
 }
 
