@@ -1,5 +1,7 @@
 #include "checkclient.h"
 
+#include "interfacedetail.h"
+
 #include <restclient.h>
 
 namespace tessaro {
@@ -16,7 +18,7 @@ QString CheckClient::authorizationScheme() const
 
 void CheckClient::boundTimeout(int seconds)
 {
-    restClient->setTimeout(seconds * 1000);
+    restClient->setTimeout(detail::milliseconds(seconds));
 }
 
 http::Response CheckClient::lastExchange() const

@@ -18,6 +18,7 @@
 namespace tessaro {
 
 using detail::config;
+using detail::milliseconds;
 
 namespace {
 
@@ -130,7 +131,7 @@ Interface::Interface()
     restClient = MockFactory<RestClient>::create();
     restClient->setLogger(logger);
     restClient->setTargetAlias(QStringLiteral("сервису Tessaro"));
-    restClient->setTimeout(int(timeout * 1000));
+    restClient->setTimeout(milliseconds(timeout));
     restClient->setSecretHeaders({QStringLiteral("Authorization")});
 
     validationCouponMask = QRegularExpression(settings->getString(QStringLiteral("Tessaro:validationCouponMask"), QStringLiteral("^255.*")));

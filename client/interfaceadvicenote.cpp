@@ -31,9 +31,23 @@ using detail::roundingDiscountMode;
 using detail::roundingTotal;
 using detail::traceabilityObject;
 
+namespace {
+
+// An advice note without a return document (the host's document is gone):
+// nothing is sent, and the empty answer's check refuses whatever asked.
+AdviceNoteResponse withoutDocument(const Log4Qt::Logger *logger)
+{
+    logger->error(QStringLiteral("Нет документа возврата: уведомление о возврате не отправлено"));
+    return AdviceNoteResponse();
+}
+
+} // namespace
+
 AdviceNoteResponse Interface::adviceNote(const QSharedPointer<BackDocument> &document, const InvoiceInfo &invoice,
                                          const AdviceNoteResponse &previous)
 {
+    if (!document)
+        return withoutDocument(logger);
     logger->info(QStringLiteral("Создание корзины с помощью готовых данных по чеку возврата"));
     // Open until the service has answered.
     const QSharedPointer<SimpleProgress> progress = MockFactory<Dialog>::create()->showProgress(
@@ -44,6 +58,8 @@ AdviceNoteResponse Interface::adviceNote(const QSharedPointer<BackDocument> &doc
 AdviceNoteResponse Interface::adviceNote(const QSharedPointer<BackBySaleDocument> &document,
                                          const InvoiceInfo &invoice, const AdviceNoteResponse &previous)
 {
+    if (!document)
+        return withoutDocument(logger);
     logger->info(QStringLiteral("Создание корзины с помощью готовых данных для чека возврата по чеку продажи"));
     return sendAdviceNote(adviceNoteBody(document, invoice, false), previous);
 }
@@ -64,6 +80,9 @@ QJsonArray Interface::getBackPayments(const QSharedPointer<AbstractDocument> &do
     PaymentLines lines;
     const QList<QSharedPointer<MoneyItem>> moneyItems = document->getMoneyItems();
     for (const QSharedPointer<MoneyItem> &moneyItem : moneyItems) {
+        // A list entry the host left empty pays nothing.
+        if (!moneyItem)
+            continue;
         const int currency = moneyItem->getValCode();
         lines.add(*moneyItem, QJsonObject{{QStringLiteral("code"), QString::number(paymentCodes.value(currency, currency))},
                                           {QStringLiteral("amount"), moneyItem->getAmount()}});

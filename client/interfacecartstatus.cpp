@@ -51,8 +51,11 @@ QJsonObject Interface::generatePayloadCartStatusPaid()
     const QSharedPointer<AbstractDocument> document = Singleton<Session>::instance()->getCurrentDocument();
     const QList<QSharedPointer<MoneyItem>> moneyItems = document ? document->getMoneyItems() : QList<QSharedPointer<MoneyItem>>();
     PaymentLines lines;
-    for (const QSharedPointer<MoneyItem> &moneyItem : moneyItems)
-        lines.add(*moneyItem, paymentObject(moneyItem));
+    for (const QSharedPointer<MoneyItem> &moneyItem : moneyItems) {
+        // A list entry the host left empty pays nothing.
+        if (moneyItem)
+            lines.add(*moneyItem, paymentObject(moneyItem));
+    }
     const double rounding = lines.hasCash() ? roundingTotal(*document, {roundingDiscountMode}) : 0.0;
     return {{QStringLiteral("status"), QStringLiteral("PAID")},
             {QStringLiteral("payment"), lines.toJsonArray(rounding)},

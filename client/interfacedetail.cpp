@@ -7,11 +7,19 @@
 #include <singleton.h>
 #include <user.h>
 
+#include <limits>
+
 namespace tessaro::detail {
 
 Config *config()
 {
     return Singleton<Config>::instance();
+}
+
+int milliseconds(qint64 seconds)
+{
+    constexpr qint64 most = std::numeric_limits<int>::max() / 1000;
+    return int(qBound(-most, seconds, most) * 1000);
 }
 
 QString operatorCode(const QSharedPointer<User> &user)
@@ -44,6 +52,8 @@ double roundingTotal(const AbstractDocument &document, const QSet<int> &modes)
     double total = document.getRoundingSum();
     const QList<QSharedPointer<DocumentImpact>> impacts = document.getImpacts();
     for (const QSharedPointer<DocumentImpact> &impact : impacts) {
+        if (!impact)
+            continue;
         const QList<DocumentImpactDetail> details = impact->getTotals();
         for (const DocumentImpactDetail &detail : details) {
             if (detail.checkDiscountMode(modes))

@@ -21,6 +21,11 @@ namespace tessaro::detail {
 
 Config *config();
 
+// Seconds as the REST client's milliseconds. Seconds beyond what an int holds
+// in milliseconds go as the most it holds, which the client then bounds like
+// any other time-out that is too long.
+int milliseconds(qint64 seconds);
+
 QString operatorCode(const QSharedPointer<User> &user);
 
 // The host's card type of the service's loyalty cards.

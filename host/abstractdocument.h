@@ -24,7 +24,7 @@ public:
 
     int getType() const { return m_type; }
     /// Whether the document's type is one of \a types.
-    bool hasType(const QList<int> &types) const { return types.contains(m_type); }
+    virtual bool hasType(const QList<int> &types) const { return types.contains(m_type); }
 
     QString getId() const { return m_id; }
     void setId(const QString &id) { m_id = id; }

@@ -23,7 +23,7 @@ public:
     /// Runs \a action at once and returns its result.
     EContext::Result runAction(const control::Action &action);
     /// Puts \a action on the queue; \a urgent puts it before the waiting ones.
-    void addAction(const control::Action &action, bool urgent);
+    virtual void addAction(const control::Action &action, bool urgent);
 
     /// Runs queued actions until the queue is empty.
     void processQueue();

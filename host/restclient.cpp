@@ -20,6 +20,8 @@ constexpr qsizetype loggedBodyLimit = qsizetype(16) * 1024;
 
 // Until setTimeout() says otherwise, an exchange may take this long.
 constexpr int defaultTimeout = 30000;
+// Until setLongestTimeout() says otherwise, no exchange takes longer.
+constexpr int defaultLongestTimeout = 120000;
 
 using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
 using EasyHandle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
@@ -78,6 +80,27 @@ bool hasHeader(const RestClient::Headers &headers, const QString &name)
     });
 }
 
+// libcurl sends a header line as it is given: a line break in a name or a
+// value (a token from a token endpoint, a request id) would add headers of
+// its own, and a NUL would cut the value short.
+bool breaksHeaderLine(const QString &text)
+{
+    return text.contains(QLatin1Char('\r')) || text.contains(QLatin1Char('\n')) || text.contains(QChar(0));
+}
+
+// Why \a headers cannot be sent, naming the header but never its value;
+// empty when they can.
+QString headerProblem(const RestClient::Headers &headers)
+{
+    for (auto it = headers.cbegin(); it != headers.cend(); ++it) {
+        if (breaksHeaderLine(it.key()))
+            return QStringLiteral("a header name holds a line break or NUL");
+        if (breaksHeaderLine(it.value()))
+            return QStringLiteral("the value of the header \"%1\" holds a line break or NUL").arg(it.key());
+    }
+    return QString();
+}
+
 QString cutForLog(const QString &text)
 {
     if (text.size() <= loggedBodyLimit)
@@ -98,6 +121,7 @@ struct RestClient::Private
     http::Response response(const QUrl &url, CURLcode result, long status,
                             const QByteArray &body) const;
     tr::Tr errorText(const QUrl &url, const QString &detail) const;
+    int bounded(int milliseconds) const;
     QString loggedUrl(const QUrl &url) const;
     void logRequest(const QUrl &url, const QByteArray &body, const Headers &headers) const;
     void logResponse(const QByteArrayList &headerLines, const QByteArray &body) const;
@@ -106,6 +130,7 @@ struct RestClient::Private
     const Log4Qt::Logger *logger = nullptr;
     QString targetAlias;
     int timeout = defaultTimeout;
+    int longestTimeout = defaultLongestTimeout;
     SecretMask mask;
     http::Response last;
     std::array<char, CURL_ERROR_SIZE> error = {};
@@ -129,6 +154,14 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
         last = response(url, CURLE_FAILED_INIT, 0, {});
         return false;
     }
+    if (const QString problem = headerProblem(headers); !problem.isEmpty()) {
+        qstrncpy(error.data(), qPrintable(problem + QStringLiteral("; the request is not sent")), error.size());
+        last = response(url, CURLE_BAD_FUNCTION_ARGUMENT, 0, {});
+        if (logger)
+            logger->error(QStringLiteral("%1 %2: %3").arg(verb == Verb::Post ? QStringLiteral("POST") : QStringLiteral("GET"),
+                                                          loggedUrl(url), last.errorText().text()));
+        return false;
+    }
 
     CURL *const handle = curl.get();
     // Drops the options of the previous exchange; its kept-alive connection stays.
@@ -144,7 +177,7 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
     curl_easy_setopt(handle, CURLOPT_URL, target.constData());
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, long(std::max(timeout, 0)));
+    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, long(timeout));
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 2L);
     curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, error.data());
@@ -235,6 +268,19 @@ tr::Tr RestClient::Private::errorText(const QUrl &url, const QString &detail) co
                   QStringLiteral("Ошибка при обращении к %1: %2").arg(target, detail));
 }
 
+int RestClient::Private::bounded(int milliseconds) const
+{
+    if (milliseconds > 0 && milliseconds <= longestTimeout)
+        return milliseconds;
+    // libcurl takes 0 as "no time-out": a peer that accepts and never answers
+    // would hold the till for ever.
+    if (logger)
+        logger->warn(QStringLiteral("Time-out of %1 ms replaced by %2 ms: an exchange must not wait without bound")
+                         .arg(milliseconds)
+                         .arg(longestTimeout));
+    return longestTimeout;
+}
+
 QString RestClient::Private::loggedUrl(const QUrl &url) const
 {
     return mask.text(url.toDisplayString(QUrl::RemovePassword));
@@ -291,12 +337,23 @@ QString RestClient::targetAlias() const
 
 void RestClient::setTimeout(int milliseconds)
 {
-    d->timeout = milliseconds;
+    d->timeout = d->bounded(milliseconds);
 }
 
 int RestClient::timeout() const
 {
     return d->timeout;
+}
+
+void RestClient::setLongestTimeout(int milliseconds)
+{
+    // A bound of 0 would be no bound at all for libcurl.
+    d->longestTimeout = std::max(milliseconds, 1);
+}
+
+int RestClient::longestTimeout() const
+{
+    return d->longestTimeout;
 }
 
 void RestClient::setSecretHeaders(const QStringList &names)

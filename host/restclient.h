@@ -35,8 +35,15 @@ public:
     void setTargetAlias(const QString &alias);
     QString targetAlias() const;
     /// Bounds each whole exchange (connect, send, receive), in milliseconds.
+    /// An exchange never waits without bound: a time-out that is not positive
+    /// (which libcurl would take as none) or longer than longestTimeout() is
+    /// replaced by longestTimeout(), with a warning.
     void setTimeout(int milliseconds);
     int timeout() const;
+    /// The longest time-out setTimeout() accepts; two minutes unless set. A
+    /// till blocked for longer is as good as frozen.
+    void setLongestTimeout(int milliseconds);
+    int longestTimeout() const;
     /// Names of headers whose values never reach a log (compared case-insensitively).
     void setSecretHeaders(const QStringList &names);
     QStringList secretHeaders() const;

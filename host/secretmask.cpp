@@ -6,19 +6,21 @@ namespace {
 
 const QString hidden = QStringLiteral("***");
 
-// Field names that carry credentials in the service's and the token
-// endpoint's bodies.
-const QString secretFields = QStringLiteral("access_token|client_secret|appSecret|password");
+// Field names that carry credentials: every name that ends in "token" or
+// "secret" ("access_token", "refresh_token", "id_token", "client_secret",
+// "appSecret"), and "password". The patterns match case-insensitively.
+const QString jsonSecretName = QStringLiteral(R"re([^"\\]*(?:token|secret)|password)re");
+const QString formSecretName = QStringLiteral(R"re([^&=?#;\s]*(?:token|secret)|password)re");
 
 // Most logged texts (every request's URL among them) name no secret field;
 // only those that do are worth the patterns.
 bool namesSecretField(const QString &text)
 {
-    static const QStringList names = secretFields.toCaseFolded().split(QLatin1Char('|'));
+    static const QStringList words{QStringLiteral("token"), QStringLiteral("secret"), QStringLiteral("password")};
     // Folded once: case-sensitive searches are several times faster than
     // case-insensitive ones.
     const QString folded = text.toCaseFolded();
-    return std::any_of(names.cbegin(), names.cend(), [&folded](const QString &name) { return folded.contains(name); });
+    return std::any_of(words.cbegin(), words.cend(), [&folded](const QString &word) { return folded.contains(word); });
 }
 
 } // namespace
@@ -27,10 +29,10 @@ SecretMask::SecretMask()
     : m_secretHeaders{QStringLiteral("Authorization")}
     // "key" : "string with \" escapes" or a bare value (number, literal)
     , m_jsonField(QStringLiteral(R"re(("(?:%1)"\s*:\s*)(?:"(?:[^"\\]|\\.)*"?|[^,}\]\s]+))re")
-                          .arg(secretFields),
+                          .arg(jsonSecretName),
                   QRegularExpression::CaseInsensitiveOption)
     // key=value in a form body or a URL query
-    , m_formField(QStringLiteral(R"re(((?:^|[?&;\s])(?:%1)=)[^&#\s]*)re").arg(secretFields),
+    , m_formField(QStringLiteral(R"re(((?:^|[?&;\s])(?:%1)=)[^&#\s]*)re").arg(formSecretName),
                   QRegularExpression::CaseInsensitiveOption)
 {
 }

@@ -6,9 +6,10 @@
 
 /// Hides secrets in texts bound for a log. Two kinds of secret are known: the
 /// values of the headers named by setSecretHeaders(), and the values of the
-/// fields "access_token", "client_secret", "appSecret" and "password" wherever
-/// they stand as a JSON key or as a form or query field. Each hidden value
-/// reads as "***".
+/// fields whose names end in "token" or "secret" ("access_token",
+/// "refresh_token", "client_secret", "appSecret", in any case) or are
+/// "password", wherever they stand as a JSON key or as a form or query field.
+/// Each hidden value reads as "***".
 ///
 /// One object serves one thread: its patterns are not shared.
 class SecretMask

@@ -9,6 +9,7 @@
 
 #include <actionhandler.h>
 #include <actionqueuecontroller.h>
+#include <basicexception.h>
 #include <config.h>
 #include <contextmanager.h>
 #include <control/eactiontype.h>
@@ -66,7 +67,17 @@ BackPlugin::~BackPlugin() = default;
 
 ActionTrigger::Function BackPlugin::call(Hook hook)
 {
-    return [this, hook](const control::Action &action) { return (this->*hook)(action); };
+    return [this, hook](const control::Action &action) { return guarded(hook, action); };
+}
+
+EContext::Result BackPlugin::guarded(Hook hook, const control::Action &action)
+{
+    try {
+        return (this->*hook)(action);
+    } catch (const BasicException &e) {
+        showError(e);
+        return EContext::Stop;
+    }
 }
 
 void BackPlugin::init()
@@ -131,8 +142,18 @@ bool BackPlugin::rollback(const QSharedPointer<AbstractDocument> &)
 
 bool BackPlugin::restoreLoyaltySystem()
 {
-    interface->setToken(getPluginData(QStringLiteral("token")).toString());
+    restoreToken();
     return true;
+}
+
+void BackPlugin::restoreToken()
+{
+    // A host may bind a document before it initialises the plug-in.
+    if (!interface) {
+        logger->warn(QStringLiteral("Клиент Tessaro ещё не создан: токен документа не передан"));
+        return;
+    }
+    interface->setToken(getPluginData(QStringLiteral("token")).toString());
 }
 
 bool BackPlugin::registerLoyaltySystem()

@@ -48,7 +48,8 @@ class Interface;
 /// three triggers only fire while a return document is bound.
 ///
 /// Hooks return 0 to stop the action (after telling the cashier why), 2 to
-/// let it go on and 3 when they have nothing to do. Everything the plug-in
+/// let it go on and 3 when they have nothing to do. A BasicException thrown
+/// inside a hook never reaches the host: it is shown and the action refused. Everything the plug-in
 /// produces for a document is kept on that document, so a document reopened
 /// after a restart carries on where it stopped.
 ///
@@ -58,7 +59,11 @@ class BackPlugin : public QObject, public BasicLoyaltySystem
 {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID "TessaroBack")
-    Q_INTERFACES(BasicLoyaltySystem BasicPlugin)
+    // Only the plug-in interface goes by its id: the host reaches the loyalty
+    // system by the base's class name, "BasicLoyaltySystem", and no other name
+    // may answer (moc's warning that qobject_cast to BasicLoyaltySystem will
+    // not work says just that).
+    Q_INTERFACES(BasicPlugin)
 
 public:
     BackPlugin();
@@ -157,8 +162,16 @@ protected:
 
 private:
     using Hook = EContext::Result (BackPlugin::*)(const control::Action &);
-    /// A call of \a hook on this object, as the host's pipeline runs it.
+    /// A call of \a hook on this object, as the host's pipeline runs it:
+    /// through guarded().
     ActionTrigger::Function call(Hook hook);
+    /// Runs \a hook with \a action. Host operations inside a hook (dialogs,
+    /// the action queue, the document) may throw; a BasicException never
+    /// reaches the host's pipeline: it is shown and the action refused (0).
+    EContext::Result guarded(Hook hook, const control::Action &action);
+    /// Gives the service client the token kept on the bound document; before
+    /// init() there is no client to give it to.
+    void restoreToken();
     /// Keeps the sale a return by sale reverses on \a document; false when
     /// its sale identifier cannot be one.
     bool bindBackBySale(const BackBySaleDocument &document) const;

@@ -1,7 +1,9 @@
 #include "backplugindetail.h"
 
 #include <actionqueuecontroller.h>
+#include <control/action.h>
 #include <dialog.h>
+#include <log4qt/logger.h>
 #include <mockfactory.h>
 #include <singleton.h>
 
@@ -15,6 +17,12 @@ void showRefusal(const tr::Tr &message)
 ActionQueueController *actionQueue()
 {
     return Singleton<ActionQueueController>::instance();
+}
+
+EContext::Result refuseIncomplete(const Log4Qt::Logger *logger, const control::Action &action, const QString &missing)
+{
+    logger->error(QStringLiteral("Действие %1 без %2 отклонено").arg(action.getType()).arg(missing));
+    return EContext::Stop;
 }
 
 } // namespace tessaro::detail

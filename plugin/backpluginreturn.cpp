@@ -4,7 +4,6 @@
 #include "backplugin.h"
 
 #include "backplugindetail.h"
-#include "client/interface.h"
 #include "returns/backdialog.h"
 
 #include <abstractdocument.h>
@@ -69,7 +68,7 @@ void BackPlugin::setDocument(const QSharedPointer<AbstractDocument> &document)
     registerLoyaltySystem();
     enableTriggers();
     // A document reopened after a restart keeps the token it was processed with.
-    interface->setToken(getPluginData(QStringLiteral("token")).toString());
+    restoreToken();
 
     InvoiceInfo info = getInvoiceInfo();
     if (info.valid()) {
@@ -166,7 +165,10 @@ EContext::Result BackPlugin::selectBackReason(const control::Action &action)
 
 EContext::Result BackPlugin::beforeAttemptToBackBySale(const control::Action &action)
 {
+    // A document kept as a pointer to its own class converts through the meta-type system.
     const auto document = action.value(QStringLiteral("document")).value<QSharedPointer<AbstractDocument>>();
+    if (!document)
+        return detail::refuseIncomplete(logger, action, QStringLiteral("документа"));
     if (!MockFactory<DocumentLogic>::create()->chooseCommonBackReason(document, {}))
         return EContext::Stop;
     logger->info(QStringLiteral("Выбрана общая причина возврата: %1").arg(document->getCommonBackReason().toInt()));

@@ -16,9 +16,11 @@
 #include <quantity.h>
 #include <session.h>
 #include <singleton.h>
+#include <tmcunit.h>
 #include <tr.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tessaro {
 
@@ -32,6 +34,13 @@ namespace {
 constexpr double MinimalQuantity = 0.0005;
 constexpr double MinimalPrice = 0.005;
 
+// Whether \a value, as typed, is a quantity or price at all: at least \a least
+// in size, and neither NaN nor infinite.
+bool given(double value, double least)
+{
+    return std::isfinite(value) && qAbs(value) >= least;
+}
+
 ModifiersContainer &sessionModifiers()
 {
     return Singleton<Session>::instance()->getModifiers();
@@ -43,7 +52,9 @@ bool quantityGiven(const GoodsItem &position)
     if (!sessionModifiers().isSet(modifiers::Quantity))
         return false;
     const double quantity = sessionModifiers().getValue(modifiers::Quantity).value<Quantity>().value();
-    return quantity != 1.0 || position.getTmcUnit()->isFractional();
+    // A position without a unit is counted in pieces.
+    const QSharedPointer<TmcUnit> unit = position.getTmcUnit();
+    return quantity != 1.0 || (unit && unit->isFractional());
 }
 
 } // namespace
@@ -73,13 +84,15 @@ EContext::Result BackPlugin::beforePositionAdd(const control::Action &action)
         return reason;
 
     const auto position = control::args::Core(action).getPosition();
+    if (!position)
+        return detail::refuseIncomplete(logger, action, QStringLiteral("позиции"));
     if (!quantityGiven(*position)) {
         const control::Action input(control::InputQuantity, {});
         control::args::Core(input).setPosition(position);
         if (actionQueue()->runAction(input) != EContext::Continue)
             return EContext::Stop;
         const double quantity = sessionModifiers().getValue(modifiers::Quantity).value<Quantity>().value();
-        if (qAbs(quantity) < MinimalQuantity)
+        if (!given(quantity, MinimalQuantity))
             return EContext::Stop;
         position->setBquant(quantity);
     }
@@ -92,7 +105,7 @@ EContext::Result BackPlugin::beforePositionAdd(const control::Action &action)
     input.insert(skipChoiceReason, true);
     actionQueue()->runAction(input);
     const double price = sessionModifiers().getValue(modifiers::Price).toDouble();
-    if (qAbs(price) < MinimalPrice)
+    if (!given(price, MinimalPrice))
         return EContext::Stop;
     position->setPrice(price);
     return EContext::Continue;
@@ -108,7 +121,7 @@ EContext::Result BackPlugin::checkPaymentRestrictions(const control::Action &act
     const QSet<int> forbidden = forbiddenMixedValuts.value(code);
     const auto payments = document ? document->getMoneyItems() : QList<QSharedPointer<MoneyItem>>();
     const bool conflict = std::any_of(payments.cbegin(), payments.cend(), [&forbidden](const QSharedPointer<MoneyItem> &payment) {
-        return forbidden.contains(payment->getValCode());
+        return payment && forbidden.contains(payment->getValCode());
     });
     if (!conflict)
         return EContext::Continue;

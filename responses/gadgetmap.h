@@ -22,7 +22,9 @@ public:
 
     /// A default value of \a T with every property named in \a map written;
     /// unknown names are ignored, and a property whose entry is missing or does
-    /// not convert to the property's type keeps its default.
+    /// not fit the property's type keeps its default: an int takes only a
+    /// whole number within its range (a double without a fraction, or the
+    /// text of one, included), a double and a text no NaN or infinity.
     template <typename T>
     static T fromMap(const QVariantMap &map)
     {

@@ -18,7 +18,7 @@ std::optional<QString> TerminalCashier::ask(const QString &prompt)
         *m_out << Qt::endl;
         return std::nullopt;
     }
-    return line.trimmed();
+    return line;
 }
 
 void TerminalCashier::read(const tr::Tr &message, int kind)
@@ -34,10 +34,10 @@ int TerminalCashier::choose(const tr::Tr &title, const QStringList &items)
         *m_out << QStringLiteral("    %1. %2").arg(i + 1).arg(items.at(i)) << Qt::endl;
     for (;;) {
         const std::optional<QString> answer = ask(QStringLiteral("    number (empty cancels): "));
-        if (!answer || answer->isEmpty())
+        if (!answer || answer->trimmed().isEmpty())
             return -1;
         bool ok = false;
-        const int number = answer->toInt(&ok);
+        const int number = answer->trimmed().toInt(&ok);
         if (ok && number >= 1 && number <= items.size())
             return number - 1;
         *m_out << QStringLiteral("    a number from 1 to %1, please").arg(items.size()) << Qt::endl;
@@ -54,6 +54,7 @@ std::optional<QVariantMap> TerminalCashier::fill(const FormRequest &form)
             hint += (hint.isEmpty() ? QString() : QStringLiteral(", ")) + QStringLiteral("empty keeps %1").arg(field.value);
         const QString prompt = QStringLiteral("    %1%2: ").arg(field.label.text(), hint.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(hint));
         for (;;) {
+            // Checked as typed, blanks and all, as the QML form checks its fields.
             const std::optional<QString> answer = ask(prompt);
             if (!answer || *answer == QLatin1String("-"))
                 return std::nullopt;
@@ -75,10 +76,10 @@ std::optional<double> TerminalCashier::enter(NumberKind kind)
                                             : QStringLiteral("  ? Цена (empty cancels): ");
     for (;;) {
         const std::optional<QString> answer = ask(prompt);
-        if (!answer || answer->isEmpty())
+        if (!answer || answer->trimmed().isEmpty())
             return std::nullopt;
         bool ok = false;
-        const double value = QString(*answer).replace(QLatin1Char(','), QLatin1Char('.')).toDouble(&ok);
+        const double value = answer->trimmed().replace(QLatin1Char(','), QLatin1Char('.')).toDouble(&ok);
         if (ok)
             return value;
         *m_out << QStringLiteral("    a number, please") << Qt::endl;

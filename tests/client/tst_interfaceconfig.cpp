@@ -1,3 +1,4 @@
+#include "client/checkclient.h"
 #include "client/interface.h"
 
 #include <config.h>
@@ -11,9 +12,18 @@
 #include <QFile>
 #include <QTest>
 
+#include <limits>
+
 namespace {
 
 // The client with the members its constructor fills in view.
+// The installation check's client, with its REST client open to tests.
+class InspectedCheckClient : public tessaro::CheckClient
+{
+public:
+    using Interface::restClient;
+};
+
 class InspectedInterface : public tessaro::Interface
 {
 public:
@@ -99,6 +109,8 @@ private slots:
     void urlsAreParsedTolerantly();
     void timeoutInSeconds_data();
     void timeoutInSeconds();
+    void checkBoundsItsTimeout_data();
+    void checkBoundsItsTimeout();
     void couponMaskIsCompiledWithoutOptions();
     void operationIdListsBecomeIntegers_data();
     void operationIdListsBecomeIntegers();
@@ -201,20 +213,48 @@ void TestInterfaceConfig::timeoutInSeconds_data()
 {
     QTest::addColumn<QString>("value");
     QTest::addColumn<qint64>("seconds");
-    QTest::newRow("one") << "1" << qint64(1);
-    QTest::newRow("thirty") << "30" << qint64(30);
-    QTest::newRow("not a number") << "five" << qint64(5);
-    QTest::newRow("empty") << "" << qint64(5);
+    QTest::addColumn<int>("milliseconds");
+    // A time-out without bound gets the REST client's longest one.
+    const int longest = RestClient().longestTimeout();
+    QTest::newRow("one") << "1" << qint64(1) << 1000;
+    QTest::newRow("thirty") << "30" << qint64(30) << 30000;
+    QTest::newRow("not a number") << "five" << qint64(5) << 5000;
+    QTest::newRow("empty") << "" << qint64(5) << 5000;
+    QTest::newRow("zero") << "0" << qint64(0) << longest;
+    QTest::newRow("negative") << "-2" << qint64(-2) << longest;
+    QTest::newRow("beyond the clock") << "9223372036854775807" << std::numeric_limits<qint64>::max() << longest;
 }
 
 void TestInterfaceConfig::timeoutInSeconds()
 {
     QFETCH(QString, value);
     QFETCH(qint64, seconds);
+    QFETCH(int, milliseconds);
     TestHost host(QStringLiteral("[Tessaro]\ntimeout=%1\n").arg(value));
     const InspectedInterface client;
     QCOMPARE(client.timeoutSeconds(), seconds);
-    QCOMPARE(client.restClient->timeout(), int(seconds * 1000));
+    QCOMPARE(client.restClient->timeout(), milliseconds);
+}
+
+void TestInterfaceConfig::checkBoundsItsTimeout_data()
+{
+    QTest::addColumn<int>("seconds");
+    QTest::addColumn<int>("milliseconds");
+    const int longest = RestClient().longestTimeout();
+    QTest::newRow("ten") << 10 << 10000;
+    QTest::newRow("milliseconds beyond an int") << 3000000 << longest;
+    QTest::newRow("most an int holds") << std::numeric_limits<int>::max() << longest;
+    QTest::newRow("negative") << -5 << longest;
+}
+
+void TestInterfaceConfig::checkBoundsItsTimeout()
+{
+    QFETCH(int, seconds);
+    QFETCH(int, milliseconds);
+    TestHost host;
+    InspectedCheckClient client;
+    client.boundTimeout(seconds);
+    QCOMPARE(client.restClient->timeout(), milliseconds);
 }
 
 void TestInterfaceConfig::couponMaskIsCompiledWithoutOptions()

@@ -39,6 +39,7 @@ private slots:
     void initTestCase();
     void tokenFlowKeepsSecretsOutOfTheLog();
     void gatewayKeepsSecretsOutOfTheLog();
+    void everyTokenOfTheTokenReplyKeepsOutOfTheLog();
 };
 
 void TestSecrets::initTestCase()
@@ -99,6 +100,21 @@ void TestSecrets::gatewayKeepsSecretsOutOfTheLog()
         QCOMPARE(linesWith(log, authorization), QStringList());
         QCOMPARE(linesWith(log, authorization.section(QLatin1String("Signature="), 1)), QStringList());
     }
+}
+
+void TestSecrets::everyTokenOfTheTokenReplyKeepsOutOfTheLog()
+{
+    ServiceTestBed bed;
+    bed.server().enqueue(Answer::json(200, R"({"access_token":"fetched-1","refresh_token":"refresh-2c4e",)"
+                                           R"("id_token":"id-9b1f","token_type":"Bearer","expires_in":300})"));
+    const LogCapture log;
+    tessaro::Interface client;
+
+    QCOMPARE(client.getToken().token(), QStringLiteral("fetched-1"));
+
+    QVERIFY(log.contains(QStringLiteral("token_type")));
+    QCOMPARE(linesWith(log, QStringLiteral("refresh-2c4e")), QStringList());
+    QCOMPARE(linesWith(log, QStringLiteral("id-9b1f")), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestSecrets)

@@ -170,6 +170,9 @@ private slots:
     void lostConnection_data();
     void lostConnection();
     void timeoutIsBounded();
+    void timeoutWithoutBoundIsBounded_data();
+    void timeoutWithoutBoundIsBounded();
+    void tokenWithLineBreakIsNotSent();
     void networkFailureThatStillSaysShiftIsReturned_data();
     void networkFailureThatStillSaysShiftIsReturned();
     void unauthorisedWithBodyFetchesToken();
@@ -591,6 +594,59 @@ void TestTransport::timeoutIsBounded()
     qInfo("time-out of 1 s ended the exchange after %lld ms", elapsed);
     QVERIFY2(elapsed >= 900, qPrintable(QString::number(elapsed)));
     QVERIFY2(elapsed < 2000, qPrintable(QString::number(elapsed)));
+}
+
+void TestTransport::timeoutWithoutBoundIsBounded_data()
+{
+    QTest::addColumn<QString>("seconds");
+    QTest::newRow("zero") << "0";
+    QTest::newRow("negative") << "-1";
+    QTest::newRow("milliseconds beyond 32 bits") << "3000000";
+    QTest::newRow("milliseconds beyond 64 bits") << "9223372036854775807";
+    QTest::newRow("most negative") << "-9223372036854775808";
+}
+
+void TestTransport::timeoutWithoutBoundIsBounded()
+{
+    QFETCH(QString, seconds);
+    ServiceTestBed bed({{QStringLiteral("Tessaro:timeout"), seconds}});
+    // The host's bound, made short so that the test does not wait for it.
+    MockFactory<RestClient>::setCreator([] {
+        auto client = QSharedPointer<RestClient>::create();
+        client->setLongestTimeout(300);
+        return client;
+    });
+    bed.server().enqueue(Answer::hang());
+    const LogCapture log;
+    tessaro::Interface client;
+    client.setToken(QStringLiteral("tok-0"));
+    QCOMPARE(log.texts(QStringLiteral("tessaro"), QtWarningMsg).size(), 1);
+
+    QElapsedTimer timer;
+    timer.start();
+    QVERIFY_THROWS_EXCEPTION(tessaro::ConnectionErrorException,
+                             client.request(client.getUrl(tessaro::Interface::Messages, QStringLiteral("c")), client.getHeaders(QString())));
+    const qint64 elapsed = timer.elapsed();
+    QVERIFY2(elapsed < 1300, qPrintable(QString::number(elapsed)));
+    QCOMPARE(bed.server().requestCount(), 1);
+}
+
+void TestTransport::tokenWithLineBreakIsNotSent()
+{
+    ServiceTestBed bed;
+    bed.server().enqueue(ServiceTestBed::tokenAnswer("tok-1\\r\\nX-Injected: 1"));
+    const LogCapture log;
+    Client client;
+
+    QVERIFY_THROWS_EXCEPTION(tessaro::ConnectionErrorException,
+                             sendEmpty(client, tessaro::Interface::TillOpen));
+
+    // The token request went out; the request that would carry the token did not.
+    QCOMPARE(bed.server().requestCount(), 1);
+    QCOMPARE(bed.server().requests().first().path, QStringLiteral("/oauth/token"));
+    const QStringList errors = log.texts(QStringLiteral("tessaro"), QtCriticalMsg);
+    QVERIFY2(!errors.isEmpty() && errors.first().contains(QStringLiteral("Authorization")), qPrintable(errors.join('|')));
+    QVERIFY(!errors.first().contains(QStringLiteral("tok-1")));
 }
 
 void TestTransport::networkFailureThatStillSaysShiftIsReturned_data()

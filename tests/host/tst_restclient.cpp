@@ -14,6 +14,7 @@
 #include <QTest>
 
 #include <atomic>
+#include <limits>
 #include <thread>
 #include <vector>
 
@@ -79,6 +80,10 @@ private slots:
     void networkFailure_data();
     void networkFailure();
     void timeoutBoundsExchange();
+    void unboundedTimeoutIsReplacedByTheBound_data();
+    void unboundedTimeoutIsReplacedByTheBound();
+    void lineBreakInHeaderIsNotSent_data();
+    void lineBreakInHeaderIsNotSent();
     void serverShutdownEndsHangingExchange();
     void httpsRefusesUnverifiedPeer();
     void oneInfoLinePerExchange();
@@ -406,6 +411,79 @@ void TestRestClient::timeoutBoundsExchange()
     QCOMPARE(response.httpCode(), 0);
     QVERIFY2(response.errorText().text().contains(QStringLiteral("timed out")),
              qPrintable(response.errorText().text()));
+}
+
+void TestRestClient::unboundedTimeoutIsReplacedByTheBound_data()
+{
+    QTest::addColumn<int>("timeout");
+    QTest::newRow("zero, no time-out for libcurl") << 0;
+    QTest::newRow("negative") << -1;
+    QTest::newRow("longer than the bound") << std::numeric_limits<int>::max();
+}
+
+void TestRestClient::unboundedTimeoutIsReplacedByTheBound()
+{
+    QFETCH(int, timeout);
+    const Log4Qt::Logger logger(loggerName);
+    m_client->setLogger(&logger);
+    m_client->setLongestTimeout(300);
+    const LogCapture log;
+
+    m_client->setTimeout(timeout);
+
+    QCOMPARE(m_client->timeout(), 300);
+    const QStringList warnings = log.texts(loggerName, QtWarningMsg);
+    QCOMPARE(warnings.size(), 1);
+    QVERIFY2(warnings.first().contains(QString::number(timeout)) && warnings.first().contains(QStringLiteral("300 ms")),
+             qPrintable(warnings.first()));
+
+    // A server that takes the request and never answers.
+    m_server->enqueue(Answer::hang());
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(!m_client->post(m_server->url(), parsed("{}"), {}));
+    const qint64 elapsed = clock.elapsed();
+    QVERIFY2(elapsed < 1300, qPrintable(QString::number(elapsed)));
+    QVERIFY(m_client->lastResponse().isNetworkError());
+}
+
+void TestRestClient::lineBreakInHeaderIsNotSent_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("value");
+    QTest::newRow("token with CR LF") << "Authorization" << "Bearer SECRET-1\r\nX-Injected: 1";
+    QTest::newRow("request id with LF") << "X-Request-ID" << "SECRET-2\nX-Injected: 1";
+    QTest::newRow("lone CR") << "X-Request-ID" << "SECRET-3\rX-Injected: 1";
+    QTest::newRow("NUL cuts the value") << "X-Request-ID" << QStringLiteral("SECRET-4") + QChar(0) + QStringLiteral("tail");
+    QTest::newRow("line break in the name") << "X-Injected: 1\r\nX-Request-ID" << "SECRET-5";
+}
+
+void TestRestClient::lineBreakInHeaderIsNotSent()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, value);
+    const Log4Qt::Logger logger(loggerName);
+    m_client->setLogger(&logger);
+    const LogCapture log;
+    const RestClient::Headers headers{{name, value}, {QStringLiteral("Content-Type"), QStringLiteral("application/json")}};
+
+    QVERIFY(!m_client->post(m_server->url(), parsed("{}"), headers));
+    QVERIFY(!m_client->get(m_server->url(), {}, headers));
+    QVERIFY(!m_client->postRaw(m_server->url(), "a=1", headers));
+
+    QCOMPARE(m_server->requestCount(), 0);
+    const http::Response response = m_client->lastResponse();
+    QVERIFY(response.isNetworkError());
+    QVERIFY(response.errorCode() > 0);
+    QCOMPARE(response.httpCode(), 0);
+    QCOMPARE(response.errorText().id(), QStringLiteral("restClientError"));
+    QVERIFY2(response.errorText().text().contains(QStringLiteral("line break")), qPrintable(response.errorText().text()));
+    QVERIFY(!response.errorText().text().contains(QStringLiteral("SECRET-")));
+    const QStringList errors = log.texts(loggerName, QtCriticalMsg);
+    QCOMPARE(errors.size(), 3);
+    QVERIFY2(errors.first().contains(QStringLiteral("line break")), qPrintable(errors.first()));
+    for (const LogCapture::Message &message : log.messages())
+        QVERIFY2(!message.text.contains(QStringLiteral("SECRET-")), qPrintable(message.text));
 }
 
 void TestRestClient::serverShutdownEndsHangingExchange()

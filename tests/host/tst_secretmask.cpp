@@ -43,6 +43,20 @@ void TestSecretMask::text_data()
                                << "http://host/token?realm=r&client_secret=***#top";
     QTest::newRow("url query, name in capitals") << "http://host/t?APPSECRET=k&x=1"
                                                  << "http://host/t?APPSECRET=***&x=1";
+    QTest::newRow("json any name ending in token") << R"({"refresh_token":"r","id_token":"i","subjectToken":7})"
+                                                   << R"({"refresh_token":"***","id_token":"***","subjectToken":"***"})";
+    QTest::newRow("json any name ending in secret") << R"({"clientSecret":"c","SHARED_SECRET":"s"})"
+                                                    << R"({"clientSecret":"***","SHARED_SECRET":"***"})";
+    QTest::newRow("json names not ending so kept") << R"({"token_type":"Bearer","tokens":2,"secretHint":"h"})"
+                                                   << R"({"token_type":"Bearer","tokens":2,"secretHint":"h"})";
+    QTest::newRow("json token value kept") << R"({"grant_type":"refresh_token","n":"id_token"})"
+                                           << R"({"grant_type":"refresh_token","n":"id_token"})";
+    QTest::newRow("form any name ending in token") << "grant_type=refresh_token&refresh_token=r&ID_TOKEN=i"
+                                                   << "grant_type=refresh_token&refresh_token=***&ID_TOKEN=***";
+    QTest::newRow("form any name ending in secret") << "app_secret=a&mySecret=m&secretive=k"
+                                                    << "app_secret=***&mySecret=***&secretive=k";
+    QTest::newRow("url query token") << "http://host/cb?state=s&id_token=i#f"
+                                     << "http://host/cb?state=s&id_token=***#f";
     QTest::newRow("nothing secret") << R"({"status":"ok"})" << R"({"status":"ok"})";
 }
 

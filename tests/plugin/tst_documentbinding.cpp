@@ -40,6 +40,7 @@ private slots:
     void backBySaleOfWrongIdentifier_data();
     void backBySaleOfWrongIdentifier();
     void returnRestoresTokenOfDocument();
+    void bindingBeforeInitKeepsTheTillRunning();
 
 protected:
     QString configuration() const override { return QStringLiteral("[TessaroBack.AdditionalBackBySaleValuts]\n1=5\n"); }
@@ -208,6 +209,22 @@ void TestDocumentBinding::returnRestoresTokenOfDocument()
     document->setPluginData(27, QStringLiteral("token"), QStringLiteral("eyJ0eXAi.kept"));
     m_plugin->setDocument(document);
     QCOMPARE(m_plugin->interface->currentToken(), QStringLiteral("eyJ0eXAi.kept"));
+}
+
+// A host may bind its document, and restore the loyalty system, before it
+// initialises the plug-in: there is no service client yet to hand the token.
+void TestDocumentBinding::bindingBeforeInitKeepsTheTillRunning()
+{
+    TestablePlugin fresh;
+    const auto document = m_host->returnWithInvoice();
+    document->setPluginData(fresh.getSystemType(), QStringLiteral("token"), QStringLiteral("tok-1"));
+
+    QTest::ignoreMessage(QtWarningMsg, "Клиент Tessaro ещё не создан: токен документа не передан");
+    fresh.setDocument(document);
+    QTest::ignoreMessage(QtWarningMsg, "Клиент Tessaro ещё не создан: токен документа не передан");
+    QVERIFY(fresh.restoreLoyaltySystem());
+    QVERIFY(!fresh.interface);
+    QCOMPARE(fresh.getDocument(), document);
 }
 
 QTEST_GUILESS_MAIN(TestDocumentBinding)

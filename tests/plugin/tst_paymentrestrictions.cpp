@@ -37,6 +37,7 @@ private slots:
     void paymentInCurrency_data();
     void paymentInCurrency();
     void conflictWithSeveralPaymentsIsShownOnce();
+    void emptyEntryOfThePaymentListIsSkipped();
 };
 
 void TestPaymentRestrictions::paymentInCurrency_data()
@@ -89,6 +90,19 @@ void TestPaymentRestrictions::conflictWithSeveralPaymentsIsShownOnce()
     plugin.setDocument(paidDocument(host, {2, 3, 2}));
     QCOMPARE(plugin.checkPaymentRestrictions(paymentAction(QStringLiteral("1"))), EContext::Stop);
     QCOMPARE(host.dialog()->messages().size(), 1);
+}
+
+void TestPaymentRestrictions::emptyEntryOfThePaymentListIsSkipped()
+{
+    PluginTestHost host(QStringLiteral("[Tessaro.ForbiddenMixedValuts]\n1=2\n"));
+    TestablePlugin plugin;
+    plugin.init();
+    const auto document = paidDocument(host, {});
+    document->addMoneyItem(QSharedPointer<MoneyItem>());
+    document->addMoneyItem(paidDocument(host, {2})->getMoneyItems().first());
+    plugin.setDocument(document);
+    QCOMPARE(plugin.checkPaymentRestrictions(paymentAction(QStringLiteral("3"))), EContext::Continue);
+    QCOMPARE(plugin.checkPaymentRestrictions(paymentAction(QStringLiteral("1"))), EContext::Stop);
 }
 
 QTEST_GUILESS_MAIN(TestPaymentRestrictions)

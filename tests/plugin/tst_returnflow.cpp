@@ -7,7 +7,9 @@
 #include <contextmanager.h>
 #include <control/args/backbysale.h>
 #include <dictionariesdao.h>
+#include <documentlogic.h>
 #include <edocumenttype.h>
+#include <mockfactory.h>
 #include <singleton.h>
 
 #include <QTest>
@@ -46,6 +48,10 @@ private slots:
     void exitToMenu();
     void attemptRequiresCommonReason_data();
     void attemptRequiresCommonReason();
+    void attemptReadsDocumentOfEveryPointerType_data();
+    void attemptReadsDocumentOfEveryPointerType();
+    void attemptWithoutDocumentIsRefused_data();
+    void attemptWithoutDocumentIsRefused();
 };
 
 void TestReturnFlow::returnOfOtherSystemPassesUntouched_data()
@@ -243,6 +249,65 @@ void TestReturnFlow::attemptRequiresCommonReason()
     QCOMPARE(m_plugin->beforeAttemptToBackBySale(action), EContext::Result(result));
     QCOMPARE(document->getCommonBackReason(), reason);
     QCOMPARE(m_host->dialog()->choices().size(), 1);
+}
+
+void TestReturnFlow::attemptReadsDocumentOfEveryPointerType_data()
+{
+    QTest::addColumn<QString>("stored");
+    QTest::newRow("as AbstractDocument") << "AbstractDocument";
+    QTest::newRow("as BackDocument") << "BackDocument";
+    QTest::newRow("as BackBySaleDocument") << "BackBySaleDocument";
+}
+
+void TestReturnFlow::attemptReadsDocumentOfEveryPointerType()
+{
+    QFETCH(QString, stored);
+    Singleton<DictionariesDao>::instance()->setBackReasons(2, {{3, QStringLiteral("Брак")}, {5, QStringLiteral("Не подошел размер")}});
+    m_host->dialog()->enqueueChoice(1);
+    const auto document = m_host->backBySale(QStringLiteral("000100122024000012000345"));
+    const QHash<QString, QVariant> values{
+        {QStringLiteral("AbstractDocument"), QVariant::fromValue(document.staticCast<AbstractDocument>())},
+        {QStringLiteral("BackDocument"), QVariant::fromValue(document.staticCast<BackDocument>())},
+        {QStringLiteral("BackBySaleDocument"), QVariant::fromValue(document)},
+    };
+    const control::Action action(control::AttemptToBackBySale, {{QStringLiteral("document"), values.value(stored)}});
+
+    QTest::ignoreMessage(QtInfoMsg, "Выбрана общая причина возврата: 5");
+    QCOMPARE(m_plugin->beforeAttemptToBackBySale(action), EContext::Continue);
+    QCOMPARE(document->getCommonBackReason(), QVariant(5));
+    QCOMPARE(m_host->dialog()->choices().size(), 1);
+}
+
+void TestReturnFlow::attemptWithoutDocumentIsRefused_data()
+{
+    QTest::addColumn<QVariant>("document");
+    QTest::newRow("no value") << QVariant();
+    QTest::newRow("null pointer") << QVariant::fromValue(QSharedPointer<AbstractDocument>());
+    QTest::newRow("no document") << QVariant(QStringLiteral("document"));
+}
+
+void TestReturnFlow::attemptWithoutDocumentIsRefused()
+{
+    QFETCH(QVariant, document);
+    // A host whose reason choice says yes to anything.
+    struct AgreeingLogic : DocumentLogic
+    {
+        int asked = 0;
+        bool chooseCommonBackReason(const QSharedPointer<AbstractDocument> &, const QStringList &) override
+        {
+            ++asked;
+            return true;
+        }
+    };
+    const auto logic = QSharedPointer<AgreeingLogic>::create();
+    MockFactory<DocumentLogic>::setInstance(logic);
+    control::Action action(control::AttemptToBackBySale, {});
+    if (document.isValid())
+        action.insert(QStringLiteral("document"), document);
+
+    QTest::ignoreMessage(QtCriticalMsg, "Действие 227 без документа отклонено");
+    QCOMPARE(m_plugin->beforeAttemptToBackBySale(action), EContext::Stop);
+    QCOMPARE(logic->asked, 0);
 }
 
 QTEST_GUILESS_MAIN(TestReturnFlow)

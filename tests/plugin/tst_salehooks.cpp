@@ -66,6 +66,9 @@ private slots:
     void price_data();
     void price();
     void givenPriceIsKept();
+    void positionAddWithoutPositionIsRefused_data();
+    void positionAddWithoutPositionIsRefused();
+    void positionWithoutUnitCountsAsPieces();
     void returnReasonRefusalStopsPositionAdd();
     void inputOnReturnWithKnownInvoice();
     void inputOnReturnAsksForInvoice_data();
@@ -176,6 +179,8 @@ void TestSaleHooks::quantityInput_data()
     QTest::newRow("below threshold") << int(EContext::Continue) << 0.0004 << int(EContext::Stop) << 2.5;
     QTest::newRow("negative counts by size") << int(EContext::Continue) << -2.0 << int(EContext::Continue) << -2.0;
     QTest::newRow("cancelled") << int(EContext::Stop) << 4.0 << int(EContext::Stop) << 2.5;
+    QTest::newRow("NaN is refused") << int(EContext::Continue) << qQNaN() << int(EContext::Stop) << 2.5;
+    QTest::newRow("infinity is refused") << int(EContext::Continue) << -qInf() << int(EContext::Stop) << 2.5;
 }
 
 void TestSaleHooks::quantityInput()
@@ -207,6 +212,8 @@ void TestSaleHooks::price_data()
     QTest::newRow("0.004 is refused") << QVariant(0.004) << int(EContext::Stop) << 0.0;
     QTest::newRow("nothing entered") << QVariant() << int(EContext::Stop) << 0.0;
     QTest::newRow("not a number") << QVariant(QStringLiteral("abc")) << int(EContext::Stop) << 0.0;
+    QTest::newRow("NaN") << QVariant(qQNaN()) << int(EContext::Stop) << 0.0;
+    QTest::newRow("infinity") << QVariant(qInf()) << int(EContext::Stop) << 0.0;
 }
 
 void TestSaleHooks::price()
@@ -229,6 +236,43 @@ void TestSaleHooks::price()
     QCOMPARE(skipChoiceReason, QList<bool>{true});
     QVERIFY(action.value(QStringLiteral("skipChoiceReason")).toBool());
     QCOMPARE(control::args::Core(action).getPosition()->getPrice(), price);
+}
+
+// A return whose reason table is empty asks for no reason, and so reaches the
+// position at once: an action that carries none is refused, not followed.
+void TestSaleHooks::positionAddWithoutPositionIsRefused_data()
+{
+    QTest::addColumn<QVariant>("quantity");
+    QTest::addColumn<QVariant>("price");
+    QTest::newRow("nothing typed") << QVariant() << QVariant();
+    QTest::newRow("one piece typed") << QVariant::fromValue(Quantity(1.0)) << QVariant();
+    QTest::newRow("quantity and price typed") << QVariant::fromValue(Quantity(2.0)) << QVariant(10.0);
+}
+
+void TestSaleHooks::positionAddWithoutPositionIsRefused()
+{
+    QFETCH(QVariant, quantity);
+    QFETCH(QVariant, price);
+    bindReturn();
+    QVERIFY(Singleton<DictionariesDao>::instance()->getBackReasons(2).isEmpty());
+    if (quantity.isValid())
+        sessionModifiers().setValue(modifiers::Quantity, quantity);
+    if (price.isValid())
+        sessionModifiers().setValue(modifiers::Price, price);
+    QTest::ignoreMessage(QtCriticalMsg, "Действие 201 без позиции отклонено");
+    QCOMPARE(m_plugin->beforePositionAdd(control::Action(control::AddPosition, {})), EContext::Stop);
+    QVERIFY(actionQueue()->ranActions().isEmpty());
+}
+
+void TestSaleHooks::positionWithoutUnitCountsAsPieces()
+{
+    bindReturn();
+    sessionModifiers().setValue(modifiers::Quantity, QVariant::fromValue(Quantity(1.0)));
+    sessionModifiers().setValue(modifiers::Price, 10.0);
+    auto item = QSharedPointer<GoodsItem>::create();
+    item->setTmcUnit({});
+    QCOMPARE(m_plugin->beforePositionAdd(addPosition(item)), EContext::Continue);
+    QCOMPARE(ranTypes(), QList<int>{control::InputQuantity});
 }
 
 void TestSaleHooks::givenPriceIsKept()

@@ -44,6 +44,8 @@ private slots:
     void variantRoundTrip();
     void mapRoundTrip();
     void mapSurvivesJson();
+    void valueThatDoesNotFitKeepsDefault_data();
+    void valueThatDoesNotFitKeepsDefault();
 };
 
 void TestAdviceNoteResponse::accessors_data()
@@ -169,6 +171,26 @@ void TestAdviceNoteResponse::mapSurvivesJson()
     QCOMPARE(restored.requestHashSum, digest);
     QCOMPARE(restored.uuid(), QStringLiteral("r-1"));
     QCOMPARE(restored.key4(), QStringLiteral("000012000345"));
+}
+
+void TestAdviceNoteResponse::valueThatDoesNotFitKeepsDefault_data()
+{
+    QTest::addColumn<QString>("property");
+    QTest::addColumn<QVariant>("value");
+    QTest::newRow("NaN digest") << "requestHashSum" << QVariant(qQNaN());
+    QTest::newRow("infinite digest") << "requestHashSum" << QVariant(-qInf());
+    QTest::newRow("list as digest") << "requestHashSum" << QVariant(QVariantList{digest});
+    QTest::newRow("text as the body") << "response" << QVariant(QString::fromUtf8(body));
+    QTest::newRow("list as the body") << "response" << QVariant(QVariantList{1, 2});
+}
+
+void TestAdviceNoteResponse::valueThatDoesNotFitKeepsDefault()
+{
+    QFETCH(QString, property);
+    QFETCH(QVariant, value);
+    const AdviceNoteResponse read = AdviceNoteResponse::fromMap({{property, value}});
+    QVERIFY2(read.requestHashSum.isEmpty(), qPrintable(read.requestHashSum));
+    QVERIFY(read.jsonObject().isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestAdviceNoteResponse)

@@ -37,6 +37,8 @@ private slots:
     void mapRoundTrip();
     void variantOfMapConverts();
     void fromMapIgnoresUnknownAndKeepsMissingEmpty();
+    void valueThatIsNoTextKeepsEmpty_data();
+    void valueThatIsNoTextKeepsEmpty();
 };
 
 void TestCartTraceability::propertiesInOrder()
@@ -127,6 +129,25 @@ void TestCartTraceability::fromMapIgnoresUnknownAndKeepsMissingEmpty()
     Traceability expected;
     expected.gtin = QStringLiteral("0460");
     QCOMPARE(record, expected);
+}
+
+void TestCartTraceability::valueThatIsNoTextKeepsEmpty_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QString>("gtin");
+    QTest::newRow("text") << QVariant(QStringLiteral("0460")) << "0460";
+    QTest::newRow("whole number") << QVariant(qlonglong(4601234567890)) << "4601234567890";
+    QTest::newRow("NaN") << QVariant(qQNaN()) << "";
+    QTest::newRow("infinity") << QVariant(qInf()) << "";
+    QTest::newRow("list") << QVariant(QVariantList{QStringLiteral("0460")}) << "";
+    QTest::newRow("map") << QVariant(QVariantMap{{QStringLiteral("gtin"), QStringLiteral("0460")}}) << "";
+}
+
+void TestCartTraceability::valueThatIsNoTextKeepsEmpty()
+{
+    QFETCH(QVariant, value);
+    QFETCH(QString, gtin);
+    QCOMPARE(Traceability::fromMap({{QStringLiteral("gtin"), value}}).gtin, gtin);
 }
 
 QTEST_GUILESS_MAIN(TestCartTraceability)

@@ -5,6 +5,8 @@
 #include <QMetaProperty>
 #include <QTest>
 
+#include <limits>
+
 using tessaro::PositionData;
 
 namespace {
@@ -122,6 +124,36 @@ void TestPositionData::fromMap_data()
     QTest::newRow("null keeps default") << QVariantMap{{QStringLiteral("eanReason"), QVariant::fromValue(nullptr)}}
                                         << PositionData();
     QTest::newRow("empty") << QVariantMap() << PositionData();
+
+    // A value that does not fit the property's type keeps the default instead
+    // of wrapping or rounding into another valid-looking value.
+    PositionData reason;
+    reason.eanReason = 3;
+    QTest::newRow("whole number as double converts") << QVariantMap{{QStringLiteral("eanReason"), 3.0}} << reason;
+    QTest::newRow("largest int converts")
+        << QVariantMap{{QStringLiteral("eanReason"), qlonglong(std::numeric_limits<int>::max())}}
+        << [] { PositionData d; d.eanReason = std::numeric_limits<int>::max(); return d; }();
+    QTest::newRow("double beyond int") << QVariantMap{{QStringLiteral("sequenceNumber"), 1e12}} << PositionData();
+    QTest::newRow("64-bit integer beyond int")
+        << QVariantMap{{QStringLiteral("sequenceNumber"), qlonglong(1000000000000)}} << PositionData();
+    QTest::newRow("just below int") << QVariantMap{{QStringLiteral("blockStatusCode"), qlonglong(-2147483649)}}
+                                    << PositionData();
+    QTest::newRow("text beyond int") << QVariantMap{{QStringLiteral("sequenceNumber"), QStringLiteral("99999999999")}}
+                                     << PositionData();
+    QTest::newRow("fraction") << QVariantMap{{QStringLiteral("eanReason"), 3.7}} << PositionData();
+    QTest::newRow("fraction as text") << QVariantMap{{QStringLiteral("eanReason"), QStringLiteral("3.7")}}
+                                      << PositionData();
+    QTest::newRow("NaN for an integer") << QVariantMap{{QStringLiteral("priceModifyReason"), qQNaN()}}
+                                        << PositionData();
+    QTest::newRow("NaN price") << QVariantMap{{QStringLiteral("targetPrice"), qQNaN()}} << PositionData();
+    QTest::newRow("infinite price") << QVariantMap{{QStringLiteral("targetPrice"), -qInf()}} << PositionData();
+    QTest::newRow("infinite price as text") << QVariantMap{{QStringLiteral("targetPrice"), QStringLiteral("inf")}}
+                                            << PositionData();
+    QTest::newRow("NaN as the article") << QVariantMap{{QStringLiteral("artNo"), qQNaN()}} << PositionData();
+    PositionData price;
+    price.targetPrice = 12.5;
+    QTest::newRow("price as text converts") << QVariantMap{{QStringLiteral("targetPrice"), QStringLiteral("12.5")}}
+                                            << price;
 }
 
 void TestPositionData::fromMap()

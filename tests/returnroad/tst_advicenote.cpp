@@ -110,6 +110,8 @@ class TestAdviceNote : public QObject
 
 private slots:
     void plainReturnBody();
+    void absentDocumentSendsNothing();
+    void absentEntriesOfTheDocumentAreSkipped();
     void returnBySaleBody();
     void digestIsTheMd5OfTheIndentedBody();
     void progressOnlyForThePlainReturn();
@@ -609,6 +611,39 @@ void TestAdviceNote::answersDifferingOnlyInDigestAreEqual()
     QVERIFY(plain.requestHashSum != bySale.requestHashSum);
     QVERIFY(plain == bySale);
     QVERIFY(QVariant::fromValue(plain) == QVariant::fromValue(bySale));
+}
+
+void TestAdviceNote::absentDocumentSendsNothing()
+{
+    AdviceNoteBed bed;
+    const LogCapture log;
+    const AdviceNoteResponse plain = bed.client->adviceNote(QSharedPointer<BackDocument>(), sale(), AdviceNoteResponse());
+    const AdviceNoteResponse bySale = bed.client->adviceNote(QSharedPointer<BackBySaleDocument>(), sale(), AdviceNoteResponse());
+
+    QCOMPARE(bed.requestCount(), 0);
+    // Nothing to report: the close that asked is refused with the answer's check.
+    QCOMPARE(int(plain.status()), 6);
+    QCOMPARE(int(bySale.status()), 6);
+    QCOMPARE(log.texts(QStringLiteral("tessaro"), QtCriticalMsg).size(), 2);
+}
+
+void TestAdviceNote::absentEntriesOfTheDocumentAreSkipped()
+{
+    AdviceNoteBed bed;
+    const QSharedPointer<BackDocument> document = ReturnDocuments::plainReturn();
+    const int positions = int(document->getGoodsItems().size());
+    const int paid = int(payments([&] {
+        AdviceNoteBed counting;
+        counting.client->adviceNote(ReturnDocuments::plainReturn(), sale(), AdviceNoteResponse());
+        return counting.sentBody();
+    }()).size());
+    document->addMoneyItem(QSharedPointer<MoneyItem>());
+    document->addImpact(QSharedPointer<DocumentImpact>());
+
+    QVERIFY(bed.client->adviceNote(document, sale(), AdviceNoteResponse()).success());
+
+    QCOMPARE(items(bed.sentBody()).size(), positions);
+    QCOMPARE(payments(bed.sentBody()).size(), paid);
 }
 
 QTEST_GUILESS_MAIN(TestAdviceNote)

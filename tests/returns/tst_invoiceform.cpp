@@ -9,6 +9,7 @@
 #include <contextmanager.h>
 #include <qml/qmlbasedgui.h>
 #include <singleton.h>
+#include <support/invoiceformchecks.h>
 #include <testing/testhost.h>
 
 #include <QJSValue>
@@ -192,20 +193,7 @@ void TestInvoiceForm::fieldsShownFromParams()
 
 void TestInvoiceForm::failingFieldBlocksConfirm_data()
 {
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("passes");
-    QTest::newRow("till of 4 digits") << "cashCode" << "0012" << true;
-    QTest::newRow("till of 5 digits") << "cashCode" << "12345" << false;
-    QTest::newRow("till with a letter") << "cashCode" << "12a" << false;
-    QTest::newRow("till empty") << "cashCode" << "" << false;
-    QTest::newRow("invoice of 3 digits") << "invoiceNumber" << "345" << true;
-    QTest::newRow("invoice of 7 digits") << "invoiceNumber" << "1234567" << false;
-    QTest::newRow("store without check") << "storeNumber" << "ТЦ-7" << true;
-    QTest::newRow("date as shown") << "invoiceDate" << "01.02.2024" << true;
-    QTest::newRow("date that does not exist") << "invoiceDate" << "31.02.2024" << false;
-    QTest::newRow("date in ISO form") << "invoiceDate" << "2024-02-01" << false;
-    QTest::newRow("date empty") << "invoiceDate" << "" << false;
+    addInvoiceFormChecks();
 }
 
 void TestInvoiceForm::failingFieldBlocksConfirm()
