@@ -306,11 +306,6 @@ private:
     QJsonObject paymentObject(const QSharedPointer<MoneyItem> &moneyItem) const;
     /// The advice note of \a document; \a withVat adds each position's VAT rate.
     QJsonObject adviceNoteBody(const QSharedPointer<BackDocument> &document, const InvoiceInfo &invoice, bool withVat);
-    /// One element of the advice note's "items".
-    QJsonObject adviceNoteItem(const GoodsItem &position, int commonReason, bool withVat) const;
-    /// The item's "traceability": the position's record, with the goods-kit
-    /// barcode for a missing product code, and the GTIN.
-    QJsonObject adviceNoteTraceability(const GoodsItem &position) const;
 };
 
 } // namespace tessaro

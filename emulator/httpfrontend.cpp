@@ -20,9 +20,9 @@ namespace tessaro::emulator {
 
 namespace {
 
-void send(QTcpSocket *socket, const Reply &reply, bool keepAlive)
+void send(QTcpSocket *socket, const Reply &reply, bool keepAlive, const QDateTime &date)
 {
-    socket->write(reply.toHttp(keepAlive));
+    socket->write(reply.toHttp(keepAlive, date));
     if (!keepAlive)
         socket->disconnectFromHost();
 }
@@ -69,7 +69,7 @@ bool HttpFrontend::handleRequest(const QHttpServerRequest &request, QTcpSocket *
 {
     const Exchange exchange = Exchange::fromRequest(request, TcpListener::httpVersion(socket), m_clock.now());
     if (AdminEndpoints::owns(exchange.path)) {
-        send(socket, m_admin.handle(exchange), exchange.keepAlive());
+        send(socket, m_admin.handle(exchange), exchange.keepAlive(), m_clock.now());
         return true;
     }
     const auto fault = m_faults.take(exchange.method, m_router.servicePath(exchange.path));
@@ -84,7 +84,7 @@ bool HttpFrontend::handleRequest(const QHttpServerRequest &request, QTcpSocket *
 void HttpFrontend::missingHandler(const QHttpServerRequest &request, QTcpSocket *socket)
 {
     Q_UNUSED(request);
-    send(socket, Reply::message(404, QStringLiteral("Not found")), true);
+    send(socket, Reply::message(404, QStringLiteral("Not found")), true, m_clock.now());
 }
 
 void HttpFrontend::strike(const Fault &fault, const Exchange &exchange, qint64 id, QTcpSocket *socket)
@@ -136,7 +136,7 @@ void HttpFrontend::answer(QTcpSocket *socket, qint64 id, const Reply &reply, boo
     // The journal is complete before the answer leaves, so a client that has
     // its answer finds the request recorded with its status.
     m_journal.complete(id, JournalEntry::Outcome::Answered, reply.status());
-    send(socket, reply, keepAlive);
+    send(socket, reply, keepAlive, m_clock.now());
 }
 
 void HttpFrontend::answerLater(int delayMs, const Exchange &exchange, qint64 id, QTcpSocket *socket)

@@ -1,6 +1,7 @@
 #include "emulator/reply.h"
 
 #include <QJsonDocument>
+#include <QLocale>
 
 namespace tessaro::emulator {
 
@@ -84,11 +85,18 @@ Reply Reply::emptied() const
     return Reply(m_status, QByteArray(), m_contentType);
 }
 
-QByteArray Reply::toHttp(bool keepAlive) const
+QByteArray Reply::httpDate(const QDateTime &time)
+{
+    // Day and month names are English whatever the process's locale.
+    return QLocale::c().toString(time.toUTC(), QStringLiteral("ddd, dd MMM yyyy HH:mm:ss 'GMT'")).toLatin1();
+}
+
+QByteArray Reply::toHttp(bool keepAlive, const QDateTime &date) const
 {
     QByteArray bytes;
-    bytes.reserve(160 + m_body.size());
+    bytes.reserve(200 + m_body.size());
     bytes += "HTTP/1.1 " + QByteArray::number(m_status) + ' ' + reasonPhrase(m_status) + "\r\n";
+    bytes += "Date: " + httpDate(date) + "\r\n";
     bytes += "Content-Type: " + m_contentType + "\r\n";
     bytes += "Content-Length: " + QByteArray::number(m_body.size()) + "\r\n";
     bytes += keepAlive ? QByteArrayLiteral("Connection: Keep-Alive\r\n")

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
@@ -33,8 +34,12 @@ public:
     /// The same status with an empty body.
     Reply emptied() const;
 
-    /// Status line, headers and body as HTTP/1.1 sends them.
-    QByteArray toHttp(bool keepAlive) const;
+    /// Status line, headers and body as HTTP/1.1 sends them; the "Date"
+    /// header says \a date, the emulator's clock at the moment of answering.
+    QByteArray toHttp(bool keepAlive, const QDateTime &date) const;
+
+    /// \a time as an HTTP "Date" header writes it: "Sun, 06 Nov 1994 08:49:37 GMT".
+    static QByteArray httpDate(const QDateTime &time);
 
 private:
     int m_status = 200;

@@ -6,6 +6,7 @@
 #include "scenarioparser.h"
 #include "scenariorunner.h"
 #include "shellsession.h"
+#include "tillcheck.h"
 #include "tilldatafolder.h"
 
 #include <QCommandLineParser>
@@ -13,6 +14,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonDocument>
 #include <QLoggingCategory>
 #include <QTextStream>
 
@@ -106,7 +108,7 @@ int TillApplication::usage(const QString &problem) const
 {
     if (!problem.isEmpty())
         err() << QStringLiteral("tessaro-till: ") << problem << Qt::endl;
-    err() << QStringLiteral("usage: tessaro-till init|run|shell|demo [options]; tessaro-till COMMAND --help for more") << Qt::endl;
+    err() << QStringLiteral("usage: tessaro-till init|run|shell|demo|check [options]; tessaro-till COMMAND --help for more") << Qt::endl;
     return BadInput;
 }
 
@@ -141,13 +143,16 @@ int TillApplication::exec()
         return shell(arguments);
     if (command == QLatin1String("demo"))
         return demo(arguments);
+    if (command == QLatin1String("check"))
+        return check(arguments);
     if (command == QLatin1String("--help") || command == QLatin1String("-h") || command == QLatin1String("help")) {
         out() << QStringLiteral(
             "tessaro-till: a till that loads the TessaroBack plug-in as the POS host does.\n\n"
             "  tessaro-till init --data DIR [--service-url URL]   create a till's data folder\n"
             "  tessaro-till run [--data DIR] SCENARIO              play a scenario file and report\n"
             "  tessaro-till shell [--data DIR]                     work the till at the terminal\n"
-            "  tessaro-till demo                                   play the bundled scenarios against the emulator\n\n"
+            "  tessaro-till demo                                   play the bundled scenarios against the emulator\n"
+            "  tessaro-till check [--data DIR | --config FILE]     check a till's configuration and its way to the service\n\n"
             "tessaro-till COMMAND --help describes each command.\n");
         return Passed;
     }
@@ -273,6 +278,54 @@ int TillApplication::demo(const QStringList &arguments)
     quietenLogs(parser.isSet(verbose));
     DemoRunner demo(&out());
     return demo.run(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder(), parser.value(keep)) == 0 ? Passed : Failed;
+}
+
+int TillApplication::check(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption data = dataOption();
+    const QCommandLineOption config(QStringLiteral("config"), QStringLiteral("Check this host configuration file instead of a till's data folder."),
+                                    QStringLiteral("FILE"));
+    const QCommandLineOption dictionaries(QStringLiteral("dictionaries"),
+                                          QStringLiteral("With --config: the till's currencies, in the form of a data folder's dictionaries.json."),
+                                          QStringLiteral("FILE"));
+    const QCommandLineOption plugins = pluginsOption();
+    const QCommandLineOption tolerance(QStringLiteral("clock-tolerance"),
+                                       QStringLiteral("How many seconds the gateway lets a request's time lie from its own (default: 900)."),
+                                       QStringLiteral("SECONDS"), QStringLiteral("900"));
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Write the verdict as JSON, for monitoring systems."));
+    parser.addOptions({data, config, dictionaries, plugins, tolerance, json});
+    const int parsed = parse(&parser, arguments,
+                             QStringLiteral("Checks a till before its first return: the plug-in's configuration as the plug-in reads it,\n"
+                                            "the way to the service step by step (name resolution, TCP, TLS and certificate, token,\n"
+                                            "one authorised read-only request, the gateway's verdict on the signature) and the clock.\n"
+                                            "Changes nothing at the till or the service; shows no secret.\n\n"
+                                            "Exit code: 0 all ok, 1 warnings, 2 failures."));
+    // A wrong command line says 2, as a failed check does.
+    if (parsed >= 0)
+        return parsed;
+    bool toleranceRead = false;
+    TillCheck::Options options;
+    options.clockToleranceSeconds = parser.value(tolerance).toInt(&toleranceRead);
+    if (!parser.positionalArguments().isEmpty() || (parser.isSet(data) && parser.isSet(config)) || !toleranceRead
+        || (parser.isSet(dictionaries) && !parser.isSet(config))) {
+        usage(QStringLiteral("check takes --data DIR or --config FILE (with --dictionaries FILE), and a whole number of seconds for --clock-tolerance"));
+        return CheckReport::Failures;
+    }
+    options.dataFolder = parser.isSet(config) ? QString() : parser.value(data);
+    options.configFile = parser.value(config);
+    options.dictionariesFile = parser.value(dictionaries);
+    options.pluginFolder = parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder();
+
+    // The verdict is the only output: the plug-in's log would name its token.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    const CheckReport report = TillCheck(options).run();
+    if (parser.isSet(json))
+        out() << QString::fromUtf8(QJsonDocument(report.json()).toJson(QJsonDocument::Indented));
+    else
+        out() << report.text();
+    out().flush();
+    return report.exitCode();
 }
 
 } // namespace till

@@ -6,10 +6,11 @@ class QCommandLineParser;
 
 namespace till {
 
-/// The tessaro-till command: init, run, shell and demo, each with --help.
+/// The tessaro-till command: init, run, shell, demo and check, each with --help.
 ///
 /// Exit codes: 0 done (every expectation held), 1 an expectation failed,
-/// 2 wrong command line or scenario file, 3 the till could not run.
+/// 2 wrong command line or scenario file, 3 the till could not run. The check
+/// says 0 all ok, 1 warnings, 2 failures (a wrong command line included).
 class TillApplication
 {
 public:
@@ -30,6 +31,7 @@ private:
     int run(const QStringList &arguments);
     int shell(const QStringList &arguments);
     int demo(const QStringList &arguments);
+    int check(const QStringList &arguments);
     int usage(const QString &problem) const;
 
     /// Parses \a arguments; returns -1 to go on, or an exit code (after --help or an error).

@@ -21,6 +21,8 @@ private slots:
     void answersExpectContinueBeforeBody();
     void connectionHandling_data();
     void connectionHandling();
+    void answersCarryTheClockAsDate_data();
+    void answersCarryTheClockAsDate();
 
 private:
     /// Reads one whole answer (head and Content-Length bytes of body).
@@ -107,6 +109,27 @@ void TestEmulatorHttp::connectionHandling()
     } else {
         QVERIFY(socket.state() == QAbstractSocket::UnconnectedState || socket.waitForDisconnected(5000));
     }
+}
+
+void TestEmulatorHttp::answersCarryTheClockAsDate_data()
+{
+    QTest::addColumn<QByteArray>("path");
+    QTest::newRow("service path") << QByteArray("/messages/1");
+    QTest::newRow("unknown path") << QByteArray("/nowhere");
+    QTest::newRow("emulator's own path") << QByteArray("/_emulator/clock");
+}
+
+void TestEmulatorHttp::answersCarryTheClockAsDate()
+{
+    QFETCH(QByteArray, path);
+    m_emulator->clock().setNow(QDateTime(QDate(2024, 1, 31), QTime(23, 59, 59), Qt::UTC));
+    m_emulator->clock().advance(20 * 60);
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, m_emulator->port());
+    QVERIFY(socket.waitForConnected(5000));
+    socket.write("GET " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+    const QByteArray answer = readAnswer(socket);
+    QVERIFY2(answer.contains("\r\nDate: Thu, 01 Feb 2024 00:19:59 GMT\r\n"), answer.constData());
 }
 
 QTEST_GUILESS_MAIN(TestEmulatorHttp)

@@ -1,6 +1,6 @@
+#include <support/folderstate.h>
 #include <support/scriptedhttpserver.h>
 
-#include <QDirIterator>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -38,8 +38,6 @@ private:
     };
     Result till(const QStringList &arguments, const QByteArray &input = {}, const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
     QString writeScenario(const QByteArray &json);
-    /// Every file of the data folder with its size and time, to tell whether anything changed.
-    QStringList folderState() const;
 
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<ScriptedHttpServer> m_server;
@@ -97,17 +95,6 @@ QString TestTillCommand::writeScenario(const QByteArray &json)
     return file;
 }
 
-QStringList TestTillCommand::folderState() const
-{
-    QStringList state;
-    QDirIterator it(m_data, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        it.next();
-        state << QStringLiteral("%1 %2 %3").arg(it.filePath()).arg(it.fileInfo().size()).arg(it.fileInfo().lastModified().toMSecsSinceEpoch());
-    }
-    state.sort();
-    return state;
-}
 
 void TestTillCommand::everyCommandHasHelp_data()
 {
@@ -117,6 +104,7 @@ void TestTillCommand::everyCommandHasHelp_data()
     QTest::newRow("run") << QStringLiteral("run") << QStringLiteral("--report");
     QTest::newRow("shell") << QStringLiteral("shell") << QStringLiteral("new-return-by-sale");
     QTest::newRow("demo") << QStringLiteral("demo") << QStringLiteral("bundled scenarios");
+    QTest::newRow("check") << QStringLiteral("check") << QStringLiteral("--json");
 }
 
 void TestTillCommand::everyCommandHasHelp()
@@ -156,13 +144,13 @@ void TestTillCommand::badScenarioChangesNothing()
     QFETCH(QByteArray, json);
     QFETCH(QString, message);
     QCOMPARE(till({QStringLiteral("init"), QStringLiteral("--data"), m_data}).exitCode, 0);
-    const QStringList before = folderState();
+    const QStringList before = folderState(m_data);
     const QString file = writeScenario(json);
     const Result result = till({QStringLiteral("run"), QStringLiteral("--data"), m_data, QStringLiteral("--plugins"),
                                 QStringLiteral(TILL_FAKE_PLUGIN_DIR), file});
     QCOMPARE(result.exitCode, 2);
     QCOMPARE(result.err.trimmed(), QStringLiteral("tessaro-till: ") + message.arg(file));
-    QCOMPARE(folderState(), before);
+    QCOMPARE(folderState(m_data), before);
 }
 
 void TestTillCommand::runNeedsATill()

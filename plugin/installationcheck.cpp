@@ -1,0 +1,306 @@
+#include "installationcheck.h"
+
+#include "checkplugin.h"
+#include "client/checkclient.h"
+
+#include <basicexception.h>
+#include <config.h>
+#include <secretmask.h>
+#include <singleton.h>
+
+#include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QUuid>
+
+#include <functional>
+
+namespace tessaro {
+
+namespace {
+
+const Config *config()
+{
+    return Singleton<Config>::instance();
+}
+
+QJsonObject plainSetting(const QString &key, const QJsonValue &value)
+{
+    return {{QStringLiteral("key"), key},
+            {QStringLiteral("set"), config()->contains(key)},
+            {QStringLiteral("text"), config()->getString(key)},
+            {QStringLiteral("value"), value}};
+}
+
+// An address as it may be shown: no password, no secret query field.
+QString shownUrl(const QUrl &url)
+{
+    return SecretMask().text(url.toDisplayString(QUrl::RemovePassword));
+}
+
+QJsonObject urlSetting(const QString &key, const QUrl &value)
+{
+    QJsonObject setting = plainSetting(key, shownUrl(value));
+    setting.insert(QStringLiteral("text"), shownUrl(QUrl(config()->getString(key), QUrl::TolerantMode)));
+    setting.insert(QStringLiteral("scheme"), value.scheme());
+    setting.insert(QStringLiteral("host"), value.host());
+    setting.insert(QStringLiteral("port"), value.port(value.scheme() == QLatin1String("https") ? 443 : 80));
+    setting.insert(QStringLiteral("valid"), value.isValid() && !value.host().isEmpty());
+    return setting;
+}
+
+// What may be said of a secret: whether it is there, how long it is and
+// whether blanks stand around it; never a character of it.
+QJsonObject secretSetting(const QString &key)
+{
+    const QString value = config()->getString(key);
+    return {{QStringLiteral("key"), key},
+            {QStringLiteral("set"), config()->contains(key)},
+            {QStringLiteral("secret"), true},
+            {QStringLiteral("length"), value.size()},
+            {QStringLiteral("blanksAround"), value != value.trimmed()}};
+}
+
+QJsonArray toJson(const QList<int> &values)
+{
+    QJsonArray array;
+    for (int value : values)
+        array.append(value);
+    return array;
+}
+
+QJsonArray toJson(const QSet<int> &values)
+{
+    QList<int> sorted = values.values();
+    std::sort(sorted.begin(), sorted.end());
+    return toJson(sorted);
+}
+
+template <typename Value>
+QJsonObject mapToJson(const QMap<int, Value> &map, const std::function<QJsonValue(const Value &)> &convert)
+{
+    QJsonObject object;
+    for (auto it = map.cbegin(); it != map.cend(); ++it)
+        object.insert(QString::number(it.key()), convert(it.value()));
+    return object;
+}
+
+bool isInteger(const QString &text)
+{
+    bool ok = false;
+    static_cast<void>(text.toInt(&ok, 10));
+    return ok;
+}
+
+// Mapping tables skip a key that is not one integer; currency lists skip each
+// piece of a key's comma-separated list that is not an integer.
+bool isCurrencyListKey(const QString &name)
+{
+    const QStringList pieces = name.split(QLatin1Char(','), Qt::SkipEmptyParts);
+    return !pieces.isEmpty() && std::all_of(pieces.cbegin(), pieces.cend(), [](const QString &piece) {
+        return isInteger(piece.trimmed());
+    });
+}
+
+QJsonObject section(const QString &name, const QJsonObject &map, const std::function<bool(const QString &)> &accepted)
+{
+    QJsonObject keys;
+    QJsonArray ignored;
+    const QStringList names = config()->keys(name);
+    for (const QString &key : names) {
+        keys.insert(key, config()->getString(name + QLatin1Char(':') + key));
+        if (!accepted(key))
+            ignored.append(key);
+    }
+    return {{QStringLiteral("section"), name},
+            {QStringLiteral("keys"), keys},
+            {QStringLiteral("ignored"), ignored},
+            {QStringLiteral("map"), map}};
+}
+
+// The transport's side of an exchange that failed or was refused.
+void addExchange(QJsonObject &report, const http::Response &exchange)
+{
+    report.insert(QStringLiteral("httpCode"), exchange.httpCode());
+    report.insert(QStringLiteral("networkError"), exchange.isNetworkError());
+    if (exchange.errorCode() != 0)
+        report.insert(QStringLiteral("transportError"), exchange.errorText().text());
+    // The peer's own word on a refusal; a successful token answer never gets here.
+    const QJsonObject body = exchange.responseObject();
+    for (const QString &field : {QStringLiteral("error"), QStringLiteral("error_msg"), QStringLiteral("message")}) {
+        if (body.value(field).isString()) {
+            report.insert(QStringLiteral("serviceError"), body.value(field));
+            break;
+        }
+    }
+}
+
+} // namespace
+
+InstallationCheck::InstallationCheck(const QJsonObject &options)
+    : m_options(options)
+{
+}
+
+QJsonObject InstallationCheck::run() const
+{
+    CheckClient client;
+    if (client.timeoutSeconds() <= 0)
+        client.boundTimeout(m_options.value(QStringLiteral("boundSeconds")).toInt(10));
+    const QJsonObject fetched = token(client);
+    const bool tokenMissing = client.usesTokenAuth() && !fetched.value(QStringLiteral("ok")).toBool();
+    return {{QStringLiteral("settings"), settings(client)},
+            {QStringLiteral("sections"), sections(client)},
+            {QStringLiteral("token"), fetched},
+            {QStringLiteral("signing"), signing(client)},
+            {QStringLiteral("request"), request(client, tokenMissing)}};
+}
+
+QJsonArray InstallationCheck::settings(const CheckClient &client)
+{
+    const auto text = [](const QString &key, const QString &fallback = QString()) {
+        return config()->getString(key, fallback);
+    };
+    QJsonObject authorization = secretSetting(QStringLiteral("Tessaro:authorizationHeader"));
+    authorization.insert(QStringLiteral("scheme"), client.authorizationScheme());
+    return {
+        urlSetting(QStringLiteral("Tessaro:url"), client.serviceUrl()),
+        urlSetting(QStringLiteral("Tessaro:tokenUrl"), client.tokenServiceUrl()),
+        plainSetting(QStringLiteral("Tessaro:useTokenAuth"), client.usesTokenAuth()),
+        plainSetting(QStringLiteral("Tessaro:clientId"), client.clientIdentifier()),
+        plainSetting(QStringLiteral("Tessaro:realmId"), client.realmIdentifier()),
+        authorization,
+        plainSetting(QStringLiteral("Tessaro:timeout"), client.timeoutSeconds()),
+        plainSetting(QStringLiteral("Tessaro:validationCouponMask"), client.couponMask()),
+        plainSetting(QStringLiteral("Tessaro:operationIdAsCardNumber"), toJson(client.cardNumberPaymentCodes())),
+        plainSetting(QStringLiteral("Tessaro:operationIdAsEFTApprovalCode"), toJson(client.approvalCodePaymentCodes())),
+        plainSetting(QStringLiteral("OrvelGate:tessaro"), config()->getBool(QStringLiteral("OrvelGate:tessaro"), false)),
+        secretSetting(QStringLiteral("OrvelGate:appKey")),
+        secretSetting(QStringLiteral("OrvelGate:appSecret")),
+        plainSetting(QStringLiteral("OrvelGate:xStage"), text(QStringLiteral("OrvelGate:xStage"), QStringLiteral("PreProd"))),
+        plainSetting(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"),
+                     config()->getBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"), true)),
+        plainSetting(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"),
+                     config()->getBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"), true)),
+    };
+}
+
+QJsonArray InstallationCheck::sections(const CheckClient &client)
+{
+    const std::function<QJsonValue(const int &)> code = [](const int &value) { return QJsonValue(value); };
+    const std::function<QJsonValue(const QStringList &)> texts = [](const QStringList &value) {
+        return QJsonValue(QJsonArray::fromStringList(value));
+    };
+    const std::function<QJsonValue(const QSet<int> &)> codes = [](const QSet<int> &value) {
+        return QJsonValue(toJson(value));
+    };
+    const CheckPlugin plugin;
+    return {
+        section(QStringLiteral("Tessaro.PaymentCodes"), mapToJson(client.paymentCodeMap(), code), isInteger),
+        section(QStringLiteral("Tessaro.VatCodes"), mapToJson(client.vatCodeMap(), code), isInteger),
+        section(QStringLiteral("Tessaro.EanReasons"), mapToJson(client.eanReasonMap(), texts), isInteger),
+        section(QStringLiteral("Tessaro.DiscardPaymentFields"), mapToJson(client.discardPaymentFieldMap(), texts),
+                isInteger),
+        section(QStringLiteral("Tessaro.ForbiddenMixedValuts"), mapToJson(plugin.forbiddenMixedCurrencies(), codes),
+                isCurrencyListKey),
+        section(QStringLiteral("TessaroBack.AdditionalBackBySaleValuts"),
+                mapToJson(plugin.additionalBackBySaleCurrencies(), codes), isCurrencyListKey),
+    };
+}
+
+QJsonObject InstallationCheck::token(CheckClient &client) const
+{
+    QJsonObject report{{QStringLiteral("used"), client.usesTokenAuth()}};
+    if (!client.usesTokenAuth() || !m_options.value(QStringLiteral("token")).toBool(true))
+        return report;
+    QElapsedTimer clock;
+    clock.start();
+    try {
+        const TokenResponse reply = client.getToken();
+        report.insert(QStringLiteral("ms"), clock.elapsed());
+        report.insert(QStringLiteral("ok"), true);
+        report.insert(QStringLiteral("lifetimeSeconds"), reply.jsonObject().value(QStringLiteral("expires_in")));
+        report.insert(QStringLiteral("empty"), reply.token().isEmpty());
+        // Kept as a document would keep it, so the request goes with it.
+        client.setToken(reply.token());
+    } catch (const BasicException &e) {
+        report.insert(QStringLiteral("ms"), clock.elapsed());
+        report.insert(QStringLiteral("ok"), false);
+        report.insert(QStringLiteral("message"), e.tr().text());
+        addExchange(report, client.lastExchange());
+    }
+    return report;
+}
+
+QJsonObject InstallationCheck::signing(const CheckClient &client)
+{
+    const bool on = config()->getBool(QStringLiteral("OrvelGate:tessaro"), false);
+    QJsonObject report{{QStringLiteral("on"), on}};
+    if (!on)
+        return report;
+    const QUrl target = client.getUrl(Interface::Messages, QStringLiteral("probe"));
+    const Interface::Headers headers = client.getGateHeaders(target, QByteArray(), client.getHeaders(QString()), true);
+    const QString authorization = headers.value(QStringLiteral("Authorization"));
+    static const QString algorithm = QStringLiteral("SDK-HMAC-SHA256 ");
+    const bool isSigned = authorization.startsWith(algorithm);
+    report.insert(QStringLiteral("signed"), isSigned);
+    if (isSigned) {
+        // Only the names of what is signed: the access key and the signature stay out.
+        const QStringList parts = authorization.mid(algorithm.size()).split(QStringLiteral(", "));
+        for (const QString &part : parts) {
+            if (part.startsWith(QLatin1String("SignedHeaders=")))
+                report.insert(QStringLiteral("signedHeaders"), part.mid(part.indexOf(QLatin1Char('=')) + 1));
+        }
+    }
+    return report;
+}
+
+QJsonObject InstallationCheck::request(CheckClient &client, bool tokenMissing) const
+{
+    // No cart is ever named like this, so the answer cannot be anybody's data.
+    const QString id = QStringLiteral("installation-check-") + QUuid::createUuid().toString(QUuid::Id128);
+    QJsonObject report{{QStringLiteral("path"), client.getUrl(Interface::Messages, id).path()}};
+    if (!m_options.value(QStringLiteral("request")).toBool(true) || tokenMissing) {
+        report.insert(QStringLiteral("sent"), false);
+        return report;
+    }
+    report.insert(QStringLiteral("sent"), true);
+    QElapsedTimer clock;
+    clock.start();
+    try {
+        const MessagesResponse reply = client.messages(id);
+        report.insert(QStringLiteral("ms"), clock.elapsed());
+        report.insert(QStringLiteral("status"), int(reply.status()));
+        if (!reply.success()) {
+            const tr::Tr message = reply.errorMessage();
+            report.insert(QStringLiteral("messageId"), message.id());
+            report.insert(QStringLiteral("message"), message.text());
+        }
+        const QJsonValue gatewayError = reply.jsonObject().value(QStringLiteral("error_msg"));
+        if (gatewayError.isString())
+            report.insert(QStringLiteral("gatewayError"), gatewayError);
+    } catch (const BasicException &e) {
+        report.insert(QStringLiteral("ms"), clock.elapsed());
+        report.insert(QStringLiteral("thrown"), true);
+        report.insert(QStringLiteral("messageId"), e.tr().id());
+        report.insert(QStringLiteral("message"), e.tr().text());
+    }
+    addExchange(report, client.lastExchange());
+    return report;
+}
+
+} // namespace tessaro
+
+void tessaro_check_installation(const char *options, void (*deliver)(const char *report, void *context), void *context)
+{
+    QJsonObject report;
+    try {
+        const QJsonObject given = QJsonDocument::fromJson(QByteArray(options)).object();
+        report = tessaro::InstallationCheck(given).run();
+    } catch (const std::exception &e) {
+        report = {{QStringLiteral("error"), QString::fromUtf8(e.what())}};
+    } catch (...) {
+        report = {{QStringLiteral("error"), QStringLiteral("the check stopped on an unknown failure")}};
+    }
+    if (deliver)
+        deliver(QJsonDocument(report).toJson(QJsonDocument::Compact).constData(), context);
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QJsonArray>
+#include <QJsonObject>
+
+namespace tessaro {
+
+class CheckClient;
+
+/// The plug-in's half of an installation check: everything the plug-in itself
+/// does on the way to the service, done by the plug-in's own code and reported
+/// as JSON for the till that runs the check.
+///
+/// - "settings": every plain key the plug-in reads, as the configuration holds
+///   it ("text") and as the plug-in takes it ("value"); secrets only as facts
+///   about them ("length", "scheme", "blanksAround").
+/// - "sections": every mapping table and currency list, its keys, the keys the
+///   plug-in skips ("ignored") and the table as the plug-in loads it ("map").
+/// - "token": a token fetched by the client's own token request; its lifetime,
+///   never its value.
+/// - "signing": when the gateway is on, whether requests are signed and which
+///   headers the signature covers.
+/// - "request": one read-only request through the client's request path,
+///   "/messages/<id>" with an identifier no cart has.
+///
+/// Nothing is written anywhere and nothing but the token request and the
+/// messages request reaches the service. A host never runs it: the till's
+/// check calls it through tessaro_check_installation().
+class InstallationCheck
+{
+public:
+    /// \a options: "token" and "request" (booleans, default true) say whether
+    /// to fetch a token and to send the request; "boundSeconds" (default 10)
+    /// bounds each exchange when the configured time-out is not positive,
+    /// which would let the check wait without end.
+    explicit InstallationCheck(const QJsonObject &options);
+
+    /// Runs the checks on the host configuration installed as Singleton<Config>.
+    QJsonObject run() const;
+
+private:
+    static QJsonArray settings(const CheckClient &client);
+    static QJsonArray sections(const CheckClient &client);
+    QJsonObject token(CheckClient &client) const;
+    static QJsonObject signing(const CheckClient &client);
+    QJsonObject request(CheckClient &client, bool tokenMissing) const;
+
+    QJsonObject m_options;
+};
+
+} // namespace tessaro
+
+/// The entry point of an installation check in the plug-in module, found by
+/// name in the library file; a host never calls it. \a options is the JSON
+/// text of InstallationCheck's options; \a deliver receives the JSON report
+/// (UTF-8, valid only during the call) and \a context. Never throws.
+extern "C" Q_DECL_EXPORT void tessaro_check_installation(const char *options,
+                                                         void (*deliver)(const char *report, void *context),
+                                                         void *context);

@@ -1,0 +1,139 @@
+#include "checkreport.h"
+
+#include <QJsonArray>
+
+#include <algorithm>
+
+namespace till {
+
+namespace {
+
+constexpr qsizetype levelWidth = 9;
+
+QString countOf(int count, const QString &one, const QString &many)
+{
+    return QStringLiteral("%1 %2").arg(count).arg(count == 1 ? one : many);
+}
+
+} // namespace
+
+void CheckReport::startGroup(const QString &group)
+{
+    m_group = group;
+}
+
+void CheckReport::add(Level level, const QString &name, const QString &detail, const QString &hint,
+                      std::optional<qint64> ms)
+{
+    m_items.append({m_group, name, level, detail, hint, ms});
+}
+
+void CheckReport::ok(const QString &name, const QString &detail, std::optional<qint64> ms)
+{
+    add(Level::Ok, name, detail, QString(), ms);
+}
+
+void CheckReport::warning(const QString &name, const QString &detail, const QString &hint, std::optional<qint64> ms)
+{
+    add(Level::Warning, name, detail, hint, ms);
+}
+
+void CheckReport::failure(const QString &name, const QString &detail, const QString &hint, std::optional<qint64> ms)
+{
+    add(Level::Failure, name, detail, hint, ms);
+}
+
+int CheckReport::count(Level level) const
+{
+    return int(std::count_if(m_items.cbegin(), m_items.cend(), [level](const Item &item) { return item.level == level; }));
+}
+
+int CheckReport::exitCode() const
+{
+    if (count(Level::Failure) > 0)
+        return Failures;
+    return count(Level::Warning) > 0 ? Warnings : Passed;
+}
+
+QString CheckReport::levelName(Level level)
+{
+    switch (level) {
+    case Level::Ok:
+        return QStringLiteral("ok");
+    case Level::Warning:
+        return QStringLiteral("warning");
+    case Level::Failure:
+        return QStringLiteral("failure");
+    }
+    return QString();
+}
+
+QString CheckReport::summary() const
+{
+    const int failures = count(Level::Failure);
+    const int warnings = count(Level::Warning);
+    QString verdict = QStringLiteral("the till is ready for the service");
+    if (failures > 0)
+        verdict = QStringLiteral("the till will fail until the failures are fixed");
+    else if (warnings > 0)
+        verdict = QStringLiteral("the till works; look at the warnings");
+    return QStringLiteral("Summary: %1, %2, %3: %4 (exit code %5)")
+        .arg(countOf(count(Level::Ok), QStringLiteral("ok"), QStringLiteral("ok")),
+             countOf(warnings, QStringLiteral("warning"), QStringLiteral("warnings")),
+             countOf(failures, QStringLiteral("failure"), QStringLiteral("failures")), verdict)
+        .arg(exitCode());
+}
+
+QString CheckReport::text() const
+{
+    qsizetype nameWidth = 0;
+    for (const Item &item : m_items)
+        nameWidth = std::max(nameWidth, item.name.size());
+    const QString indent(2 + levelWidth + nameWidth + 2, QLatin1Char(' '));
+
+    QString text;
+    const QString till = m_context.value(QStringLiteral("till")).toString();
+    const QString config = m_context.value(QStringLiteral("config")).toString();
+    text += till.isEmpty() ? QStringLiteral("Installation check, configuration %1\n").arg(config)
+                           : QStringLiteral("Installation check of the till in %1 (configuration %2)\n").arg(till, config);
+    QString group;
+    for (const Item &item : m_items) {
+        if (item.group != group) {
+            group = item.group;
+            text += QLatin1Char('\n') + group + QLatin1Char('\n');
+        }
+        QString line = QStringLiteral("  ") + levelName(item.level).leftJustified(levelWidth)
+            + item.name.leftJustified(nameWidth) + QStringLiteral("  ") + item.detail;
+        if (item.ms)
+            line += QStringLiteral(" (%1 ms)").arg(*item.ms);
+        text += line + QLatin1Char('\n');
+        if (!item.hint.isEmpty())
+            text += indent + QStringLiteral("→ ") + item.hint + QLatin1Char('\n');
+    }
+    return text + QLatin1Char('\n') + summary() + QLatin1Char('\n');
+}
+
+QJsonObject CheckReport::json() const
+{
+    QJsonArray checks;
+    for (const Item &item : m_items) {
+        QJsonObject check{{QStringLiteral("group"), item.group},
+                          {QStringLiteral("name"), item.name},
+                          {QStringLiteral("level"), levelName(item.level)},
+                          {QStringLiteral("detail"), item.detail}};
+        if (!item.hint.isEmpty())
+            check.insert(QStringLiteral("hint"), item.hint);
+        if (item.ms)
+            check.insert(QStringLiteral("ms"), *item.ms);
+        checks.append(check);
+    }
+    QJsonObject json = m_context;
+    json.insert(QStringLiteral("checks"), checks);
+    json.insert(QStringLiteral("summary"), QJsonObject{{QStringLiteral("ok"), count(Level::Ok)},
+                                                       {QStringLiteral("warnings"), count(Level::Warning)},
+                                                       {QStringLiteral("failures"), count(Level::Failure)}});
+    json.insert(QStringLiteral("exitCode"), exitCode());
+    return json;
+}
+
+} // namespace till

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+namespace till {
+
+/// The verdict of an installation check: one line per check, grouped
+/// (plug-in, configuration, the way to the service, clock), each ok, a warning
+/// or a failure, with a hint of what to change; a summary and the exit code.
+///
+/// Nothing secret is ever put into it: callers hand it texts that are safe to
+/// show, and it shows them as they are.
+class CheckReport
+{
+public:
+    enum class Level { Ok, Warning, Failure };
+
+    struct Item
+    {
+        QString group;
+        QString name;
+        Level level = Level::Ok;
+        QString detail;
+        /// What to change; empty for a check that passed.
+        QString hint;
+        /// How long the step took, for the steps on the way to the service.
+        std::optional<qint64> ms;
+    };
+
+    /// Exit codes of the check command.
+    enum ExitCode { Passed = 0, Warnings = 1, Failures = 2 };
+
+    /// Lines added from now on belong to \a group.
+    void startGroup(const QString &group);
+    void add(Level level, const QString &name, const QString &detail, const QString &hint = QString(),
+             std::optional<qint64> ms = std::nullopt);
+    void ok(const QString &name, const QString &detail, std::optional<qint64> ms = std::nullopt);
+    void warning(const QString &name, const QString &detail, const QString &hint, std::optional<qint64> ms = std::nullopt);
+    void failure(const QString &name, const QString &detail, const QString &hint, std::optional<qint64> ms = std::nullopt);
+
+    /// Facts about the check shown in its head and given in its JSON form
+    /// (the till's folder, the configuration file, the plug-in's settings).
+    void setContext(const QJsonObject &context) { m_context = context; }
+
+    QList<Item> items() const { return m_items; }
+    int count(Level level) const;
+    /// 0 all ok, 1 some warnings, 2 some failures.
+    int exitCode() const;
+
+    /// Aligned lines for a person, hints under the line they belong to.
+    QString text() const;
+    /// {"checks": [...], "summary": {...}, "exitCode": n} and the context.
+    QJsonObject json() const;
+
+    static QString levelName(Level level);
+
+private:
+    QString summary() const;
+
+    QString m_group;
+    QList<Item> m_items;
+    QJsonObject m_context;
+};
+
+} // namespace till

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QHash>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+namespace till {
+
+class CheckReport;
+
+/// Judges the plug-in's configuration as the plug-in read it (the "settings"
+/// and "sections" of its own check) and against the till's currencies: one
+/// line per key with the effective value, secrets shown only as their length.
+///
+/// Failures: an address that does not parse, lacks a scheme or names another
+/// one; a time-out that is not positive; token authorisation without client id
+/// or authorization header; the gateway on with an empty key, secret or stage,
+/// or a value with blanks around it; a till currency missing from a payment
+/// code table that maps others. Warnings: plain http to a host that is not
+/// this machine, a time-out above a minute, section keys the plug-in ignores,
+/// no payment or VAT code table, VAT codes that map no till code, currency
+/// lists that name currencies the till does not know.
+class ConfigurationJudge
+{
+public:
+    /// \a currencies: the till's currency codes with their names; nothing
+    /// when the till's dictionary is unknown (those checks are left out).
+    ConfigurationJudge(const QJsonObject &pluginReport, const std::optional<QHash<int, QString>> &currencies);
+
+    void judge(CheckReport *report) const;
+
+    /// The setting \a key of the plug-in's report (empty when absent).
+    QJsonObject setting(const QString &key) const;
+    bool gatewayOn() const;
+    bool tokenAuthUsed() const;
+
+private:
+    void judgeAddress(const QString &key, CheckReport *report) const;
+    void judgeSecret(const QString &key, const QString &shown, bool required, const QString &hint, CheckReport *report) const;
+    void judgeTimeout(CheckReport *report) const;
+    void judgeTokenAuth(CheckReport *report) const;
+    void judgeGateway(CheckReport *report) const;
+    void judgePlain(const QString &key, CheckReport *report) const;
+    void judgeSection(const QJsonObject &section, CheckReport *report) const;
+    void judgePaymentCodes(const QJsonObject &section, CheckReport *report) const;
+    void judgeVatCodes(const QJsonObject &section, CheckReport *report) const;
+    void judgeCurrencyList(const QJsonObject &section, CheckReport *report) const;
+
+    QJsonArray m_settings;
+    QJsonArray m_sections;
+    std::optional<QHash<int, QString>> m_currencies;
+};
+
+} // namespace till

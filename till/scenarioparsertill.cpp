@@ -1,0 +1,91 @@
+// ScenarioParser: the till part of a scenario, which is also the form of a
+// data folder's dictionaries.json: store, till, shift, cashier, fiscal
+// registrar, configuration, return reasons and currencies.
+
+#include "scenarioparserdetail.h"
+
+namespace till::detail {
+
+TillSettings tillAt(const QJsonValue &value, const QString &path)
+{
+    const QJsonObject object = objectAt(value, path);
+    allowOnly(object, path,
+              {QStringLiteral("store"), QStringLiteral("till"), QStringLiteral("shift"), QStringLiteral("cashier"),
+               QStringLiteral("config"), QStringLiteral("backReasons"), QStringLiteral("currencies"),
+               QStringLiteral("fiscal")});
+    TillSettings till;
+    for (auto it = object.constBegin(); it != object.constEnd(); ++it) {
+        const QString key = it.key();
+        const QString at = child(path, key);
+        if (key == QLatin1String("store")) {
+            till.store = textAt(it.value(), at);
+        } else if (key == QLatin1String("till")) {
+            till.till = textAt(it.value(), at);
+        } else if (key == QLatin1String("shift")) {
+            till.shift = integerAt(it.value(), at);
+        } else if (key == QLatin1String("cashier")) {
+            const QJsonObject cashier = objectAt(it.value(), at);
+            allowOnly(cashier, at, {QStringLiteral("id"), QStringLiteral("code"), QStringLiteral("name")});
+            till.cashierId = integerAt(required(cashier, at, QStringLiteral("id")), child(at, QStringLiteral("id")));
+            till.cashierCode = textAt(required(cashier, at, QStringLiteral("code")), child(at, QStringLiteral("code")));
+            if (cashier.contains(QStringLiteral("name")))
+                till.cashierName = stringAt(cashier.value(QStringLiteral("name")), child(at, QStringLiteral("name")));
+        } else if (key == QLatin1String("fiscal")) {
+            const QJsonObject fiscal = objectAt(it.value(), at);
+            allowOnly(fiscal, at, {QStringLiteral("registrationNumber"), QStringLiteral("driveSerial")});
+            if (fiscal.contains(QStringLiteral("registrationNumber"))) {
+                const QString numberPath = child(at, QStringLiteral("registrationNumber"));
+                bool ok = false;
+                till.fiscalRegistrationNumber = textAt(fiscal.value(QStringLiteral("registrationNumber")), numberPath).toLongLong(&ok);
+                if (!ok)
+                    fail(numberPath, QStringLiteral("expected the registration number's digits"));
+            }
+            if (fiscal.contains(QStringLiteral("driveSerial")))
+                till.fiscalDriveSerial = textAt(fiscal.value(QStringLiteral("driveSerial")), child(at, QStringLiteral("driveSerial")));
+        } else if (key == QLatin1String("config")) {
+            const QJsonObject config = objectAt(it.value(), at);
+            for (auto entry = config.constBegin(); entry != config.constEnd(); ++entry) {
+                const QString entryPath = child(at, entry.key());
+                if (!entry.key().contains(QLatin1Char(':')))
+                    fail(entryPath, QStringLiteral("a configuration key is written Section:name"));
+                if (entry.value().isBool())
+                    till.config.insert(entry.key(), entry.value().toBool() ? QStringLiteral("true") : QStringLiteral("false"));
+                else
+                    till.config.insert(entry.key(), textAt(entry.value(), entryPath));
+            }
+        } else if (key == QLatin1String("backReasons")) {
+            QList<TillSettings::Reason> reasons;
+            const QJsonArray array = arrayAt(it.value(), at);
+            for (qsizetype i = 0; i < array.size(); ++i) {
+                const QString itemPath = element(at, i);
+                const QJsonObject item = objectAt(array.at(i), itemPath);
+                allowOnly(item, itemPath, {QStringLiteral("kind"), QStringLiteral("code"), QStringLiteral("name")});
+                TillSettings::Reason reason;
+                reason.code = integerAt(required(item, itemPath, QStringLiteral("code")), child(itemPath, QStringLiteral("code")));
+                reason.name = stringAt(required(item, itemPath, QStringLiteral("name")), child(itemPath, QStringLiteral("name")));
+                if (item.contains(QStringLiteral("kind")))
+                    reason.kind = integerAt(item.value(QStringLiteral("kind")), child(itemPath, QStringLiteral("kind")));
+                reasons << reason;
+            }
+            till.backReasons = reasons;
+        } else if (key == QLatin1String("currencies")) {
+            QList<TillSettings::Currency> currencies;
+            const QJsonArray array = arrayAt(it.value(), at);
+            for (qsizetype i = 0; i < array.size(); ++i) {
+                const QString itemPath = element(at, i);
+                const QJsonObject item = objectAt(array.at(i), itemPath);
+                allowOnly(item, itemPath, {QStringLiteral("code"), QStringLiteral("name"), QStringLiteral("type")});
+                TillSettings::Currency currency;
+                currency.code = integerAt(required(item, itemPath, QStringLiteral("code")), child(itemPath, QStringLiteral("code")));
+                currency.name = stringAt(required(item, itemPath, QStringLiteral("name")), child(itemPath, QStringLiteral("name")));
+                if (item.contains(QStringLiteral("type")))
+                    currency.type = integerAt(item.value(QStringLiteral("type")), child(itemPath, QStringLiteral("type")));
+                currencies << currency;
+            }
+            till.currencies = currencies;
+        }
+    }
+    return till;
+}
+
+} // namespace till::detail

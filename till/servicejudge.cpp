@@ -1,0 +1,185 @@
+#include "servicejudge.h"
+
+#include "checkreport.h"
+
+#include <optional>
+
+namespace till {
+
+namespace {
+
+std::optional<qint64> elapsed(const QJsonObject &step)
+{
+    if (!step.contains(QStringLiteral("ms")))
+        return std::nullopt;
+    return step.value(QStringLiteral("ms")).toInteger();
+}
+
+// "HTTP 401 (invalid_client)", or the transport's own words when nothing answered.
+QString outcome(const QJsonObject &step)
+{
+    if (step.value(QStringLiteral("networkError")).toBool())
+        return QStringLiteral("no answer: %1").arg(step.value(QStringLiteral("transportError")).toString());
+    QString text = QStringLiteral("HTTP %1").arg(step.value(QStringLiteral("httpCode")).toInt());
+    const QString said = step.value(QStringLiteral("serviceError")).toString();
+    if (!said.isEmpty())
+        text += QStringLiteral(" (\"%1\")").arg(said);
+    return text;
+}
+
+QString duration(qint64 seconds)
+{
+    const qint64 size = qAbs(seconds);
+    if (size < 60)
+        return QStringLiteral("%1 s").arg(size);
+    return QStringLiteral("%1 min %2 s").arg(size / 60).arg(size % 60);
+}
+
+} // namespace
+
+QString ServiceJudge::clockMessage()
+{
+    return QStringLiteral("Ошибка при работе с Tessaro. Проверьте дату и время");
+}
+
+ServiceJudge::ServiceJudge(const QJsonObject &pluginReport, bool gatewayOn, int clockToleranceSeconds)
+    : m_token(pluginReport.value(QStringLiteral("token")).toObject())
+    , m_request(pluginReport.value(QStringLiteral("request")).toObject())
+    , m_signing(pluginReport.value(QStringLiteral("signing")).toObject())
+    , m_gatewayOn(gatewayOn)
+    , m_toleranceSeconds(clockToleranceSeconds)
+{
+}
+
+void ServiceJudge::judgeToken(CheckReport *report) const
+{
+    const QString name = QStringLiteral("token endpoint");
+    if (!m_token.value(QStringLiteral("used")).toBool()) {
+        report->ok(name, m_gatewayOn ? QStringLiteral("not used: the gateway signs the requests") : QStringLiteral("not used"));
+        return;
+    }
+    const std::optional<qint64> ms = elapsed(m_token);
+    if (m_token.value(QStringLiteral("ok")).toBool()) {
+        if (m_token.value(QStringLiteral("empty")).toBool()) {
+            report->failure(name, QStringLiteral("answered without an access_token"),
+                            QStringLiteral("Tessaro:tokenUrl names something that is no OAuth2 token endpoint"), ms);
+            return;
+        }
+        const QJsonValue lifetime = m_token.value(QStringLiteral("lifetimeSeconds"));
+        report->ok(name, lifetime.isDouble() ? QStringLiteral("token issued, valid for %1").arg(duration(lifetime.toInteger()))
+                                             : QStringLiteral("token issued, lifetime not given"),
+                   ms);
+        return;
+    }
+    const int code = m_token.value(QStringLiteral("httpCode")).toInt();
+    QString hint = QStringLiteral("check Tessaro:tokenUrl and the way to it (above)");
+    if (code == 400 || code == 401 || code == 403)
+        hint = QStringLiteral("the token endpoint does not know these credentials: check Tessaro:clientId, "
+                              "Tessaro:realmId and Tessaro:authorizationHeader");
+    else if (code == 404 || code == 405)
+        hint = QStringLiteral("nothing issues tokens at that address: check the path in Tessaro:tokenUrl");
+    report->failure(name, QStringLiteral("no token: ") + outcome(m_token), hint, ms);
+}
+
+void ServiceJudge::judgeRequest(CheckReport *report) const
+{
+    const QString name = QStringLiteral("service request");
+    const QString request = QStringLiteral("GET ") + m_request.value(QStringLiteral("path")).toString();
+    if (!m_request.value(QStringLiteral("sent")).toBool()) {
+        report->failure(name, request + QStringLiteral(": not sent, the till has no token"),
+                        QStringLiteral("fix the token endpoint first"));
+        return;
+    }
+    const std::optional<qint64> ms = elapsed(m_request);
+    const int status = m_request.value(QStringLiteral("status")).toInt();
+    const int code = m_request.value(QStringLiteral("httpCode")).toInt();
+    const QString seen = request + QStringLiteral(": ") + outcome(m_request);
+    if (m_request.value(QStringLiteral("networkError")).toBool()) {
+        report->failure(name, seen, QStringLiteral("check Tessaro:url, the way to the service and its certificate (above)"), ms);
+    } else if (m_request.contains(QStringLiteral("gatewayError"))) {
+        report->failure(name, seen + QStringLiteral(": refused by the gateway"), QStringLiteral("see the gateway's verdict below"), ms);
+    } else if (status == 3 || code == 401 || code == 403) {
+        report->failure(name, seen + QStringLiteral(": authorisation refused"),
+                        m_token.value(QStringLiteral("used")).toBool()
+                            ? QStringLiteral("the service does not take the tokens of Tessaro:tokenUrl: check that it and Tessaro:realmId belong to this service")
+                            : QStringLiteral("the service wants authorisation: switch on Tessaro:useTokenAuth or the gateway (OrvelGate:tessaro)"),
+                        ms);
+    } else if (m_request.value(QStringLiteral("thrown")).toBool()) {
+        report->failure(name, seen + QStringLiteral(": ") + m_request.value(QStringLiteral("message")).toString(),
+                        QStringLiteral("see the service's answer"), ms);
+    } else if (code >= 500) {
+        report->warning(name, seen + QStringLiteral(": the service answered, but reports a failure of its own"),
+                        QStringLiteral("ask the service's operators"), ms);
+    } else {
+        report->ok(name, seen + QStringLiteral(": an authorised request gets through"), ms);
+    }
+}
+
+void ServiceJudge::judgeSignature(CheckReport *report) const
+{
+    const QString name = QStringLiteral("gateway signature");
+    if (!m_signing.value(QStringLiteral("on")).toBool()) {
+        report->ok(name, QStringLiteral("not used (OrvelGate:tessaro is off)"));
+        return;
+    }
+    if (!m_signing.value(QStringLiteral("signed")).toBool()) {
+        report->failure(name, QStringLiteral("requests go unsigned: OrvelGate:appKey, OrvelGate:appSecret or OrvelGate:xStage is empty"),
+                        QStringLiteral("set all three to the values the gateway issued"));
+        return;
+    }
+    const QString scheme = QStringLiteral("SDK-HMAC-SHA256 over %1").arg(m_signing.value(QStringLiteral("signedHeaders")).toString());
+    const QString refusal = m_request.value(QStringLiteral("gatewayError")).toString();
+    if (refusal.isEmpty()) {
+        if (!m_request.value(QStringLiteral("sent")).toBool() || m_request.value(QStringLiteral("networkError")).toBool())
+            report->warning(name, scheme + QStringLiteral(": not judged, the request got no answer"), QStringLiteral("fix the way to the service first"));
+        else
+            report->ok(name, scheme + QStringLiteral(": accepted by the gateway"));
+        return;
+    }
+    QString hint = QStringLiteral("compare the gateway settings (OrvelGate:*) with what the gateway issued");
+    QString detail = QStringLiteral("%1: refused, \"%2\"").arg(scheme, refusal);
+    if (refusal.contains(QLatin1String("signature expired"))) {
+        // What the plug-in itself makes of the refusal: the cashier's message.
+        const QString message = m_request.value(QStringLiteral("message")).toString();
+        detail += QStringLiteral(": the till's clock is too far from the gateway's; the cashier sees \"%1\"")
+                      .arg(message.isEmpty() ? clockMessage() : message);
+        hint = QStringLiteral("set the till's date and time right, best by NTP (timedatectl set-ntp true)");
+    } else if (refusal.contains(QLatin1String("access key"))) {
+        hint = QStringLiteral("OrvelGate:appKey is not a key the gateway knows: copy it again from the gateway's issue");
+    } else if (refusal.contains(QLatin1String("verify signature"))) {
+        hint = QStringLiteral("OrvelGate:appSecret does not belong to OrvelGate:appKey: copy it again from the gateway's issue");
+    }
+    report->failure(name, detail, hint);
+}
+
+void ServiceJudge::judgeClock(const NetworkProbe::Outcome &service, CheckReport *report) const
+{
+    const QString name = QStringLiteral("clock offset");
+    const QString hint = QStringLiteral("set the till's date and time right, best by NTP (timedatectl set-ntp true)");
+    if (!service.reachable) {
+        report->warning(name, QStringLiteral("not compared: the service cannot be reached"), QStringLiteral("fix the way to the service first"));
+        return;
+    }
+    if (!service.serviceTime) {
+        report->warning(name, QStringLiteral("not compared: the service's answer had no Date header"),
+                        QStringLiteral("compare the till's clock with a time server"));
+        return;
+    }
+    // The Date header drops the fraction of its second: its middle is the best guess.
+    const qint64 offsetMs = service.serviceTime->addMSecs(500).msecsTo(service.localTime);
+    const qint64 offset = (offsetMs + (offsetMs < 0 ? -500 : 500)) / 1000;
+    const QString detail = offset == 0 ? QStringLiteral("the till's clock agrees with the service's to the second")
+                                       : QStringLiteral("the till's clock is %1 %2 the service's")
+                                             .arg(duration(offset), offset < 0 ? QStringLiteral("behind") : QStringLiteral("ahead of"));
+    if (qAbs(offset) <= 60) {
+        report->ok(name, detail);
+    } else if (m_gatewayOn && qAbs(offset) > m_toleranceSeconds) {
+        report->failure(name, QStringLiteral("%1, beyond the gateway's tolerance of %2: every request is refused and the cashier sees \"%3\"")
+                                  .arg(detail, duration(m_toleranceSeconds), clockMessage()),
+                        hint);
+    } else {
+        report->warning(name, detail + QStringLiteral(", more than a minute"), hint);
+    }
+}
+
+} // namespace till
