@@ -56,7 +56,8 @@ endfunction()
 # that Qt generates (QML caches, resources, type registrations) keep theirs.
 #
 # GCC uses a precompiled header only when the compile flags match those it was
-# made with; -Winvalid-pch names the flag that keeps it from being used.
+# made with; the -Winvalid-pch that CMake adds names the flag that keeps it
+# from being used, as a warning even under -Werror.
 function(tessaro_precompile_qt_headers)
     if(NOT TESSARO_PCH)
         return()
@@ -74,7 +75,7 @@ function(tessaro_precompile_qt_headers)
         get_target_property(type ${target} TYPE)
         if(type MATCHES "^(EXECUTABLE|STATIC_LIBRARY|SHARED_LIBRARY|MODULE_LIBRARY|OBJECT_LIBRARY)$"
            AND NOT target MATCHES "^tessaropch$|_(qmlcache|resources_[0-9]+|qmltyperegistration|init)$")
-            target_compile_options(${target} PRIVATE -Winvalid-pch -Wno-error=invalid-pch)
+            target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-error=invalid-pch>)
             target_precompile_headers(${target} REUSE_FROM tessaropch)
         endif()
     endforeach()

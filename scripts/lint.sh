@@ -27,7 +27,7 @@ python3 - "$build/compile_commands.json" "$lintdb/compile_commands.json" "$here"
 import json, re, sys
 source, target, here, areas = sys.argv[1:]
 own = re.compile(re.escape(here) + r"/(" + areas + r")/.*\.cpp$")
-pch = re.compile(r" -Winvalid-pch -Wno-error=invalid-pch| -include \S*/cmake_pch\.hxx")
+pch = re.compile(r" -Winvalid-pch| -Wno-error=invalid-pch| -include \S*/cmake_pch\.hxx")
 commands = [dict(entry, command=pch.sub("", entry["command"]))
             for entry in json.load(open(source)) if own.match(entry["file"])]
 json.dump(commands, open(target, "w"), indent=1)

@@ -78,7 +78,7 @@ configure_sanitized() {
 }
 
 # The package's binaries and documents, then the package; lintian must report
-# no error. Prints the package's path last.
+# no error and the package must stay under 10 MB.
 build_package() {
     configure >/dev/null
     cmake --build "$build" -j "$jobs" --target tessaro-till tessaro-emulator tessaroback packagedocs manpages
