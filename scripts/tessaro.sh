@@ -82,7 +82,8 @@ configure_sanitized() {
 build_package() {
     configure >/dev/null
     cmake --build "$build" -j "$jobs" --target tessaro-till tessaro-emulator tessaroback packagedocs manpages
-    (cd "$build" && rm -f ./*.deb ./*.ddeb && cpack -G DEB >/dev/null)
+    # CPack's staging copy (170 MB, mostly debug symbols) is not kept.
+    (cd "$build" && rm -f ./*.deb ./*.ddeb && cpack -G DEB >/dev/null && rm -rf _CPack_Packages)
     local deb
     deb="$(ls "$build"/tessaroback_*.deb)"
     echo "package: $(basename "$deb"), $(du -k "$deb" | cut -f1) KiB; symbols in $(basename "$(ls "$build"/tessaroback-dbgsym_*.ddeb)")"
