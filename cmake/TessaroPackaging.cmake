@@ -1,46 +1,112 @@
-# The Debian package: `cpack -G DEB` in the build folder.
+# The Debian package: `scripts/tessaro.sh package`, or `cpack -G DEB` in a
+# build folder configured with CMAKE_INSTALL_PREFIX=/usr.
 #
-# It holds the plug-in (in the host's plug-in folder, TESSARO_HOST_PLUGIN_DIR),
-# the host stand-in library that the plug-in and the programs need, the till
-# simulator tessaro-till with its bundled scenarios, and the service emulator
-# tessaro-emulator. Installed programs find the library next to them through
-# their run path, and the plug-in finds it the same way from its folder.
+# tessaroback holds the plug-in (in the host's plug-in folder,
+# TESSARO_HOST_PLUGIN_DIR), the host stand-in library in a folder of the
+# package's own (<libdir>/tessaroback, so it never takes a system library's
+# name), the till simulator tessaro-till with its bundled scenarios, the service
+# emulator tessaro-emulator and a manual page for each program. Programs and
+# plug-in find the library through their run path, relative to themselves.
+# tessaroback-dbgsym holds the debug symbols that CPack strips from the binaries.
+
+set(TESSARO_MAINTAINER "TessaroBack developers <tessaroback-dev@example.com>"
+    CACHE STRING "The Debian package's maintainer, as \"Name <address>\"")
+set(TESSARO_PACKAGE_REVISION 1 CACHE STRING "The Debian revision of the package's version")
+set(TESSARO_PACKAGE_VERSION ${PROJECT_VERSION}-${TESSARO_PACKAGE_REVISION})
+
+set(TESSARO_PRIVATE_LIBDIR ${CMAKE_INSTALL_LIBDIR}/tessaroback)
+set(docdir ${CMAKE_INSTALL_DATADIR}/doc/tessaroback)
 
 if(TARGET host)
-    install(TARGETS host LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    install(TARGETS host LIBRARY DESTINATION ${TESSARO_PRIVATE_LIBDIR})
 endif()
-
-foreach(program tessaro-till tessaro-emulator)
-    if(TARGET ${program})
-        set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-    endif()
-endforeach()
+if(TARGET tessaro-till)
+    set_target_properties(tessaro-till PROPERTIES INSTALL_RPATH "$ORIGIN/../${TESSARO_PRIVATE_LIBDIR}")
+endif()
 if(TARGET tessaro-emulator)
     install(TARGETS tessaro-emulator RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
-
 if(TARGET tessaroback)
-    # From the plug-in folder back to the library folder, for the plug-in's run path.
+    # From the plug-in folder to the library folder, for the plug-in's run path.
     file(RELATIVE_PATH plugin_to_lib
-        "/prefix/${TESSARO_HOST_PLUGIN_DIR}" "/prefix/${CMAKE_INSTALL_LIBDIR}")
+        "/prefix/${TESSARO_HOST_PLUGIN_DIR}" "/prefix/${TESSARO_PRIVATE_LIBDIR}")
     set_target_properties(tessaroback PROPERTIES INSTALL_RPATH "$ORIGIN/${plugin_to_lib}")
 endif()
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/till/scenarios/
     DESTINATION ${CMAKE_INSTALL_DATADIR}/tessaro-till/scenarios)
-install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/docs/scenarios.md
-    DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+# The documents Debian asks for: the copyright in its machine-readable form and
+# the package's change log, compressed without a time stamp so that the
+# package's content stays the same from one build to the next.
+set(packaging ${PROJECT_BINARY_DIR}/packaging)
+configure_file(${PROJECT_SOURCE_DIR}/packaging/copyright.in ${packaging}/copyright @ONLY)
+configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${packaging}/changelog.Debian @ONLY)
+add_custom_command(OUTPUT ${packaging}/changelog.Debian.gz
+    COMMAND gzip -9nkf changelog.Debian
+    DEPENDS ${packaging}/changelog.Debian
+    WORKING_DIRECTORY ${packaging}
+    VERBATIM)
+add_custom_target(packagedocs ALL DEPENDS ${packaging}/changelog.Debian.gz)
+install(FILES ${packaging}/copyright ${packaging}/changelog.Debian.gz
+    ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/docs/scenarios.md ${PROJECT_SOURCE_DIR}/docs/emulator.md
+    DESTINATION ${docdir})
+
+# A manual page for each program, made from its --help by help2man. Sanitizer
+# builds make none: their programs are not the ones packaged.
+find_program(TESSARO_HELP2MAN help2man)
+if(TESSARO_HELP2MAN AND NOT (TESSARO_SANITIZE OR TESSARO_FUZZ))
+    set(pages)
+    set(programs tessaro-till tessaro-emulator)
+    set(summaries "till that loads the TessaroBack plug-in as the POS host does"
+                  "emulator of the Tessaro cart and pricing service")
+    foreach(program summary IN ZIP_LISTS programs summaries)
+        if(TARGET ${program})
+            set(page ${PROJECT_BINARY_DIR}/man/${program}.1)
+            add_custom_command(OUTPUT ${page}.gz
+                COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/man
+                COMMAND ${TESSARO_HELP2MAN} --no-info --section=1 --source=TessaroBack
+                    --version-string=${PROJECT_VERSION} --name=${summary} --output=${page} $<TARGET_FILE:${program}>
+                COMMAND gzip -9nf ${page}
+                DEPENDS ${program}
+                VERBATIM)
+            list(APPEND pages ${page}.gz)
+        endif()
+    endforeach()
+    add_custom_target(manpages ALL DEPENDS ${pages})
+    install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endif()
 
 set(CPACK_PACKAGE_NAME tessaroback)
 set(CPACK_PACKAGE_VENDOR "TessaroBack")
-set(CPACK_PACKAGE_CONTACT "TessaroBack developers <tessaroback@localhost>")
+set(CPACK_PACKAGE_CONTACT "${TESSARO_MAINTAINER}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
-set(CPACK_PACKAGE_DESCRIPTION
-    "The TessaroBack plug-in for the POS host, with the host stand-in library, the till simulator tessaro-till and the Tessaro service emulator.")
+# Debian wants the long description in lines of at most 80 characters.
+set(CPACK_PACKAGE_DESCRIPTION [[
+The TessaroBack plug-in lets a point-of-sale till return goods against the
+Tessaro cart and pricing service: it obtains the original sale invoice,
+requires return reasons, refuses forbidden payment mixes and sends the service
+an advice note before a return document closes.
+
+The package also holds the host stand-in library the plug-in runs in, the till
+simulator tessaro-till, which plays scenarios through the plug-in
+(its demo command plays the bundled ones), and the service emulator
+tessaro-emulator.]])
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${TESSARO_PACKAGE_REVISION})
 set(CPACK_DEBIAN_PACKAGE_SECTION misc)
-# The Qt, SQLite driver and libcurl packages the binaries load.
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+# Binaries stripped into the package, their symbols into tessaroback-dbgsym.
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
+# The Qt and libcurl libraries the binaries load, found by dpkg-shlibdeps; then
+# what no binary names: the SQLite driver of the host's storage and the QML
+# modules that the invoice form imports (QtQuick, Controls, Layouts) with those
+# they import in turn.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6sql6-sqlite")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS
+    "libqt6sql6-sqlite, qml6-module-qtquick, qml6-module-qtquick-controls, qml6-module-qtquick-layouts, qml6-module-qtquick-templates, qml6-module-qtquick-window, qml6-module-qtqml-workerscript")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-dejavu-core")
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 include(CPack)

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds the libFuzzer targets of fuzz/ in their own build folder and runs each
-# for a bounded time; any crash, sanitizer report or broken property fails.
+# Builds the libFuzzer targets of fuzz/ in the sanitizer build folder, which
+# `scripts/tessaro.sh fuzz` (or `sanitize`) configures, and runs each for a
+# bounded time; any crash, sanitizer report or broken property fails.
 #   scripts/fuzz.sh [SECONDS] [TARGET...]
 # SECONDS per target: the argument, else TESSARO_FUZZ_SECONDS, else 60.
 # TARGET: the targets to run (default: all of them).
@@ -9,7 +10,7 @@
 set -euo pipefail
 
 here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
-build="${TESSARO_FUZZ_BUILD_DIR:-$here/build-fuzz}"
+build="${TESSARO_FUZZ_BUILD_DIR:-${TESSARO_ASAN_BUILD_DIR:-$here/build-asan}}"
 jobs="${TESSARO_JOBS:-$(nproc)}"
 seconds="${TESSARO_FUZZ_SECONDS:-60}"
 if [[ "${1:-}" =~ ^[0-9]+$ ]]; then
@@ -17,8 +18,10 @@ if [[ "${1:-}" =~ ^[0-9]+$ ]]; then
     shift
 fi
 
-cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=clang++-14 \
-    -DTESSARO_WERROR=ON -DTESSARO_FUZZ=ON -DBUILD_TESTING=OFF >/dev/null
+if ! grep -qs '^TESSARO_FUZZ:BOOL=ON' "$build/CMakeCache.txt"; then
+    echo "fuzz: $build is not configured with TESSARO_FUZZ; run scripts/tessaro.sh fuzz" >&2
+    exit 2
+fi
 cmake --build "$build" -j "$jobs" --target fuzzers
 
 targets=("$@")

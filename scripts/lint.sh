@@ -14,18 +14,22 @@ what="${1:-all}"
 areas='host|plugin|client|responses|returns|emulator|till'
 
 if [ ! -f "$build/build.ninja" ]; then
-    cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE="${TESSARO_BUILD_TYPE:-RelWithDebInfo}" -DTESSARO_WERROR=ON
+    cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE="${TESSARO_BUILD_TYPE:-RelWithDebInfo}" -DTESSARO_WERROR=ON \
+        -DCMAKE_INSTALL_PREFIX=/usr
 fi
 cmake --build "$build" -j "$jobs"
 
-# The compile commands of the project's own sources only.
+# The compile commands of the project's own sources only, without the
+# precompiled header: the analysers read each source as it is written.
 lintdb="$build/lint"
 mkdir -p "$lintdb"
 python3 - "$build/compile_commands.json" "$lintdb/compile_commands.json" "$here" "$areas" <<'PY'
 import json, re, sys
 source, target, here, areas = sys.argv[1:]
 own = re.compile(re.escape(here) + r"/(" + areas + r")/.*\.cpp$")
-commands = [entry for entry in json.load(open(source)) if own.match(entry["file"])]
+pch = re.compile(r" -Winvalid-pch| -Wno-error=invalid-pch| -include \S*/cmake_pch\.hxx")
+commands = [dict(entry, command=pch.sub("", entry["command"]))
+            for entry in json.load(open(source)) if own.match(entry["file"])]
 json.dump(commands, open(target, "w"), indent=1)
 PY
 

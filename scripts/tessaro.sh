@@ -1,15 +1,18 @@
 #!/usr/bin/env bash
 # One entry point for a fresh Debian 12 machine: installs what the build lacks,
 # configures, builds and runs.
-#   scripts/tessaro.sh demo      build, then play the bundled till scenarios against the emulator
-#   scripts/tessaro.sh test      build, then run the whole test suite through CTest
+#   scripts/tessaro.sh demo      build the till and the plug-in, then play the bundled till scenarios
+#   scripts/tessaro.sh test      build everything, then run the whole test suite through CTest
+#   scripts/tessaro.sh package   build the Debian package in build/ and check it with lintian
+#   scripts/tessaro.sh cleanroot build the package, install it into a clean Debian 12 root, play the demo there
 #   scripts/tessaro.sh sanitize  build with clang's ASan+UBSan in build-asan, run the whole suite under them
-#   scripts/tessaro.sh fuzz [S]  build the libFuzzer targets in build-fuzz, run each for S seconds (default 60)
+#   scripts/tessaro.sh fuzz [S]  build the libFuzzer targets in build-asan, run each for S seconds (default 60)
 #   scripts/tessaro.sh lint      clang-tidy and cppcheck over the project's code
 #   scripts/tessaro.sh bench     build the benchmarks in build-bench (RelWithDebInfo) and run them
 #   scripts/tessaro.sh simulate [ARGS]  build, then tessaro-till simulate ARGS (TESSARO_SANITIZE=1: in build-asan)
 #   scripts/tessaro.sh setup     only install the missing Debian packages
-# docs/quality.md tells what each gate checks and how to read its reports.
+# demo, test and package share build/ with one configuration, so each reuses
+# what the others built. docs/quality.md tells what each gate checks.
 set -euo pipefail
 
 here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -21,15 +24,17 @@ packages=(
     qt6-base-dev qt6-declarative-dev qt6-httpserver-dev qt6-websockets-dev libqt6sql6-sqlite
     qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtquick-templates qml6-module-qtquick-controls
     qml6-module-qtquick-layouts qml6-module-qtqml-workerscript fonts-dejavu-core
-    libcurl4-openssl-dev ca-certificates
+    libcurl4-openssl-dev ca-certificates mold
 )
 # The quality gates' tools, installed by the commands that use them.
 clang_packages=(clang-14 libclang-rt-14-dev)
 lint_packages=(clang-tidy-14 cppcheck)
 bench_packages=(libbenchmark-dev)
+package_packages=(dpkg-dev file help2man lintian)
+cleanroot_packages=(debootstrap)
 
 usage() {
-    sed -n '2,12p' "${BASH_SOURCE[0]}" | sed 's/^# \{0,1\}//'
+    sed -n '2,16p' "${BASH_SOURCE[0]}" | sed 's/^# \{0,1\}//'
 }
 
 install_missing() {
@@ -53,9 +58,46 @@ install_missing() {
     fi
 }
 
+# build/ has one configuration for demo, test and package: another one would
+# change the compile flags and so rebuild everything.
+configure() {
+    cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE="${TESSARO_BUILD_TYPE:-RelWithDebInfo}" \
+        -DTESSARO_WERROR=ON -DCMAKE_INSTALL_PREFIX=/usr "$@"
+}
+
 configure_and_build() {
-    cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE="${TESSARO_BUILD_TYPE:-RelWithDebInfo}" "$@"
+    configure "$@"
     cmake --build "$build" -j "$jobs"
+}
+
+# The sanitizer build also carries the fuzz targets, so that the fuzz gate
+# reuses its objects (scripts/fuzz.sh builds and runs them there).
+configure_sanitized() {
+    build="${TESSARO_ASAN_BUILD_DIR:-$here/build-asan}"
+    cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE="${TESSARO_BUILD_TYPE:-Debug}" \
+        -DCMAKE_CXX_COMPILER=clang++-14 -DTESSARO_WERROR=ON -DTESSARO_SANITIZE=ON -DTESSARO_FUZZ=ON
+}
+
+# The package's binaries and documents, then the package; lintian must report
+# no error and the package must stay under 10 MB.
+build_package() {
+    configure >/dev/null
+    cmake --build "$build" -j "$jobs" --target tessaro-till tessaro-emulator tessaroback packagedocs manpages
+    # CPack's staging copy (170 MB, mostly debug symbols) is not kept.
+    (cd "$build" && rm -f ./*.deb ./*.ddeb && cpack -G DEB >/dev/null && rm -rf _CPack_Packages)
+    local deb
+    deb="$(ls "$build"/tessaroback_*.deb)"
+    echo "package: $(basename "$deb"), $(du -k "$deb" | cut -f1) KiB; symbols in $(basename "$(ls "$build"/tessaroback-dbgsym_*.ddeb)")"
+    # lintian leaves the mark E: on an error, W: on a warning.
+    lintian --tag-display-limit 0 "$deb" | tee "$build/lintian.log"
+    if grep -q '^E: ' "$build/lintian.log"; then
+        echo "package: lintian reports errors" >&2
+        exit 1
+    fi
+    if [ "$(stat -c %s "$deb")" -ge $((10 * 1024 * 1024)) ]; then
+        echo "package: over 10 MB" >&2
+        exit 1
+    fi
 }
 
 # Any sanitizer report ends the process with an error, and so fails its test.
@@ -72,22 +114,22 @@ case "${1:-}" in
     test)
         shift
         install_missing "${packages[@]}"
-        configure_and_build -DTESSARO_WERROR=ON
+        configure_and_build
         ctest --test-dir "$build" --output-on-failure -j "$jobs" "$@"
         ;;
     sanitize)
         shift
         install_missing "${packages[@]}" "${clang_packages[@]}"
-        build="${TESSARO_ASAN_BUILD_DIR:-$here/build-asan}"
-        TESSARO_BUILD_TYPE="${TESSARO_BUILD_TYPE:-Debug}" configure_and_build \
-            -DCMAKE_CXX_COMPILER=clang++-14 -DTESSARO_WERROR=ON -DTESSARO_SANITIZE=ON
+        configure_sanitized
+        cmake --build "$build" -j "$jobs"
         sanitizer_environment
         ctest --test-dir "$build" --output-on-failure -j "$jobs" "$@"
         ;;
     fuzz)
         shift
         install_missing "${packages[@]}" "${clang_packages[@]}"
-        exec "$here/scripts/fuzz.sh" "$@"
+        configure_sanitized >/dev/null
+        TESSARO_FUZZ_BUILD_DIR="$build" exec "$here/scripts/fuzz.sh" "$@"
         ;;
     lint)
         shift
@@ -110,21 +152,32 @@ case "${1:-}" in
         install_missing "${packages[@]}"
         if [ "${TESSARO_SANITIZE:-0}" = 1 ]; then
             install_missing "${clang_packages[@]}"
-            build="${TESSARO_ASAN_BUILD_DIR:-$here/build-asan}"
-            cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
-                -DCMAKE_CXX_COMPILER=clang++-14 -DTESSARO_WERROR=ON -DTESSARO_SANITIZE=ON
+            configure_sanitized >/dev/null
             sanitizer_environment
         else
-            cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE="${TESSARO_BUILD_TYPE:-RelWithDebInfo}" -DTESSARO_WERROR=ON
+            configure >/dev/null
         fi
-        cmake --build "$build" -j "$jobs" --target tessaro-till tessaroback
+        cmake --build "$build" -j "$jobs" --target tessaro-till tessaro-till-cart tessaroback
         "$build/bin/tessaro-till" simulate --plugins "$build/plugins" "$@"
         ;;
     demo)
         shift
         install_missing "${packages[@]}"
-        configure_and_build
+        configure
+        # Only what the demo plays: the till (the emulator runs inside it) and the plug-in.
+        cmake --build "$build" -j "$jobs" --target tessaro-till tessaroback
         "$build/bin/tessaro-till" demo "$@"
+        ;;
+    package)
+        shift
+        install_missing "${packages[@]}" "${package_packages[@]}"
+        build_package
+        ;;
+    cleanroot)
+        shift
+        install_missing "${packages[@]}" "${package_packages[@]}" "${cleanroot_packages[@]}"
+        build_package
+        exec "$here/scripts/cleanroot.sh" "$build"/tessaroback_*.deb
         ;;
     -h|--help|help|"")
         usage
