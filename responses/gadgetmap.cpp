@@ -32,8 +32,9 @@ std::optional<qint64> wholeNumber(const QVariant &value)
     case QMetaType::Double:
     case QMetaType::Float: {
         // 2^63 itself is beyond qint64: the comparison is made on doubles.
+        const double limit = std::ldexp(1.0, 63);
         const double number = value.toDouble();
-        if (!std::isfinite(number) || std::trunc(number) != number || number < -0x1p63 || number >= 0x1p63)
+        if (!std::isfinite(number) || std::trunc(number) != number || number < -limit || number >= limit)
             return std::nullopt;
         return qint64(number);
     }

@@ -11,9 +11,9 @@ LogWatch *current = nullptr;
 } // namespace
 
 LogWatch::LogWatch()
+    : m_previous(qInstallMessageHandler(&LogWatch::handle))
 {
     current = this;
-    m_previous = qInstallMessageHandler(&LogWatch::handle);
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=true\n*.info=true\nqt.*.debug=false\nqt.*.info=false"));
 }
 
