@@ -127,9 +127,11 @@ void InvariantChecker::checkAdviceNotes(const ActionRecord &record)
         }
         if (applied) {
             // A second application is the protocol's blind spot only when no earlier answer arrived.
+            // The document keeps one answer: once another contents' answer replaced this one's,
+            // the close sends these contents again by rule, and that is no second application.
             if (note.applications > 0 && !note.received)
                 ++m_lostAnswers;
-            else if (note.applications > 0 && !resent)
+            else if (note.applications > 0 && resent)
                 check(false, QStringLiteral("advice-note-applied-once"),
                       QStringLiteral("%1: the advice note of %2 was applied again although the till had its answer")
                           .arg(record.title, m_documentId));
