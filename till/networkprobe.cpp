@@ -102,13 +102,19 @@ NetworkProbe::NetworkProbe(int timeoutMs)
 
 NetworkProbe::Outcome NetworkProbe::probe(const QUrl &url, const QString &key, bool readDate, CheckReport *report) const
 {
+    const QList<QHostAddress> addresses = resolve(url.host(), key, report);
+    if (addresses.isEmpty())
+        return {};
+    return probeAddresses(url, addresses, key, readDate, report);
+}
+
+NetworkProbe::Outcome NetworkProbe::probeAddresses(const QUrl &url, const QList<QHostAddress> &addresses,
+                                                   const QString &key, bool readDate, CheckReport *report) const
+{
     Outcome outcome;
-    const std::optional<QHostAddress> address = resolve(url.host(), key, report);
-    if (!address)
-        return outcome;
     const bool tls = url.scheme() == QLatin1String("https");
     std::unique_ptr<QTcpSocket> socket = tls ? std::make_unique<QSslSocket>() : std::make_unique<QTcpSocket>();
-    if (!connect(socket.get(), *address, url, key, report))
+    if (!connect(socket.get(), addresses, url, key, report))
         return outcome;
     if (tls && !encrypt(socket.get(), url, key, report))
         return outcome;
@@ -119,13 +125,13 @@ NetworkProbe::Outcome NetworkProbe::probe(const QUrl &url, const QString &key, b
     return outcome;
 }
 
-std::optional<QHostAddress> NetworkProbe::resolve(const QString &host, const QString &key, CheckReport *report) const
+QList<QHostAddress> NetworkProbe::resolve(const QString &host, const QString &key, CheckReport *report) const
 {
     const QString name = QStringLiteral("name resolution");
     QHostAddress literal;
     if (literal.setAddress(host)) {
         report->ok(name, QStringLiteral("%1 is an address: nothing to resolve").arg(host), 0);
-        return literal;
+        return {literal};
     }
     QElapsedTimer clock;
     clock.start();
@@ -142,37 +148,52 @@ std::optional<QHostAddress> NetworkProbe::resolve(const QString &host, const QSt
     if (!answer) {
         QHostInfo::abortHostLookup(id);
         report->failure(name, QStringLiteral("%1: no answer within %2 ms").arg(host).arg(m_timeoutMs), hint, clock.elapsed());
-        return std::nullopt;
+        return {};
     }
     if (answer->error() != QHostInfo::NoError || answer->addresses().isEmpty()) {
         report->failure(name, QStringLiteral("%1: %2").arg(host, answer->errorString()), hint, clock.elapsed());
-        return std::nullopt;
+        return {};
     }
     const QList<QHostAddress> addresses = answer->addresses();
     QStringList shown;
     for (const QHostAddress &address : addresses)
         shown << address.toString();
     report->ok(name, QStringLiteral("%1 → %2").arg(host, shown.join(QStringLiteral(", "))), clock.elapsed());
-    return addresses.first();
+    return addresses;
 }
 
-bool NetworkProbe::connect(QTcpSocket *socket, const QHostAddress &address, const QUrl &url, const QString &key,
-                           CheckReport *report) const
+bool NetworkProbe::connect(QTcpSocket *socket, const QList<QHostAddress> &addresses, const QUrl &url,
+                           const QString &key, CheckReport *report) const
 {
     const QString name = QStringLiteral("TCP connection");
     QElapsedTimer clock;
     clock.start();
-    socket->connectToHost(address, quint16(defaultPort(url)));
-    if (!socket->waitForConnected(m_timeoutMs)) {
-        report->failure(name, QStringLiteral("%1 (%2): %3").arg(endpoint(url), address.toString(), socket->errorString()),
-                        QStringLiteral("is the service running there? Check the port in %1 and any firewall between "
-                                       "the till and the service")
-                            .arg(key),
-                        clock.elapsed());
-        return false;
+    // The step's time-out is shared: an address that refuses at once leaves
+    // the rest of it to the next one.
+    QStringList refused;
+    for (const QHostAddress &address : addresses) {
+        const qint64 left = m_timeoutMs - clock.elapsed();
+        if (left <= 0)
+            break;
+        socket->connectToHost(address, quint16(defaultPort(url)));
+        if (socket->waitForConnected(int(left))) {
+            const QString tried = refused.isEmpty()
+                ? QString()
+                : QStringLiteral("; not at %1").arg(refused.join(QStringLiteral("; ")));
+            report->ok(name, QStringLiteral("%1 (%2%3)").arg(endpoint(url), address.toString(), tried), clock.elapsed());
+            return true;
+        }
+        refused << QStringLiteral("%1: %2").arg(address.toString(), socket->errorString());
+        socket->abort();
     }
-    report->ok(name, QStringLiteral("%1 (%2)").arg(endpoint(url), address.toString()), clock.elapsed());
-    return true;
+    if (refused.size() < addresses.size())
+        refused << QStringLiteral("no time left within %1 ms for the other addresses").arg(m_timeoutMs);
+    report->failure(name, QStringLiteral("%1: %2").arg(endpoint(url), refused.join(QStringLiteral("; "))),
+                    QStringLiteral("is the service running there? Check the port in %1 and any firewall between "
+                                   "the till and the service")
+                        .arg(key),
+                    clock.elapsed());
+    return false;
 }
 
 bool NetworkProbe::encrypt(QTcpSocket *socket, const QUrl &url, const QString &key, CheckReport *report) const

@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QHostAddress>
+#include <QList>
 #include <QString>
 #include <QUrl>
 
@@ -38,10 +39,16 @@ public:
     /// Probes \a url, adding one line per step to \a report; \a key is the
     /// configuration key that names the address, for the hints.
     Outcome probe(const QUrl &url, const QString &key, bool readDate, CheckReport *report) const;
+    /// Probes \a url at \a addresses, the ones its host name resolved to:
+    /// they are tried in order until one connects, as the plug-in's transport
+    /// does ("localhost" is ::1, then 127.0.0.1 on a stock Debian till).
+    Outcome probeAddresses(const QUrl &url, const QList<QHostAddress> &addresses, const QString &key, bool readDate,
+                           CheckReport *report) const;
 
 private:
-    std::optional<QHostAddress> resolve(const QString &host, const QString &key, CheckReport *report) const;
-    bool connect(QTcpSocket *socket, const QHostAddress &address, const QUrl &url, const QString &key,
+    /// The host's addresses; none when it does not resolve.
+    QList<QHostAddress> resolve(const QString &host, const QString &key, CheckReport *report) const;
+    bool connect(QTcpSocket *socket, const QList<QHostAddress> &addresses, const QUrl &url, const QString &key,
                  CheckReport *report) const;
     bool encrypt(QTcpSocket *socket, const QUrl &url, const QString &key, CheckReport *report) const;
     void readDate(QTcpSocket *socket, const QUrl &url, Outcome *outcome) const;
