@@ -1,14 +1,31 @@
 #!/usr/bin/env bash
-# Proof that the Debian package stands on its own: installs it into a clean
-# Debian 12 root, letting apt resolve its dependencies and nothing else, and
-# plays the till demo there. Needs root (chroot, mount) and debootstrap.
-#   scripts/cleanroot.sh PACKAGE.deb     (scripts/tessaro.sh cleanroot builds the package first)
+# Runs in a clean Debian 12 root, in a chroot. Needs root (chroot, mount) and
+# debootstrap.
+#   scripts/cleanroot.sh PACKAGE.deb
+#       Proof that the Debian package stands on its own: installs it, letting
+#       apt resolve its dependencies and nothing else, and plays the till demo.
+#       (scripts/tessaro.sh cleanroot builds the package first.)
+#   scripts/cleanroot.sh --newcomer REPOSITORY
+#       A newcomer's first two commands: on a root with what a new developer
+#       machine has (compiler, CMake, GoogleTest, the analysers), a clone of
+#       REPOSITORY's checked-out branch runs the README's demo, then its test
+#       command, each timed, without ccache. (scripts/tessaro.sh newcomer.)
 # The clean root is made once with debootstrap from the Debian mirror that apt
 # uses and kept as a tar archive in TESSARO_CLEANROOT_CACHE (default
 # ~/.cache/tessaroback); each run unpacks a fresh copy and removes it afterwards.
 set -euo pipefail
 
-deb="$(realpath "${1:?usage: scripts/cleanroot.sh PACKAGE.deb}")"
+usage="usage: scripts/cleanroot.sh PACKAGE.deb | --newcomer REPOSITORY"
+deb=""
+repository=""
+if [ "${1:-}" = "--newcomer" ]; then
+    repository="$(realpath "${2:?$usage}")"
+else
+    deb="$(realpath "${1:?$usage}")"
+fi
+# What a new developer machine of the team has before the README's commands.
+developer_machine=(g++ make cmake git libgtest-dev libgmock-dev libbenchmark-dev clang-format clang-tidy cppcheck
+                   gdb valgrind)
 cache="${TESSARO_CLEANROOT_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/tessaroback}"
 archive="$cache/bookworm-minbase.tar"
 
@@ -41,7 +58,8 @@ fi
 root="$(mktemp -d /var/tmp/tessaro-cleanroot.XXXXXX)"
 cleanup() {
     umount "$root/proc" 2>/dev/null || true
-    rm -rf "$root"
+    # Never into a file system still mounted there.
+    rm -rf --one-file-system "$root"
 }
 trap cleanup EXIT
 
@@ -54,13 +72,34 @@ if [ -f /etc/apt/sources.list.d/debian.sources ]; then
     cp /etc/apt/sources.list.d/debian.sources "$root/etc/apt/sources.list.d/"
     rm -f "$root/etc/apt/sources.list"
 fi
-cp "$deb" "$root/tmp/"
 mount -t proc proc "$root/proc"
 
 in_root() {
     chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive "$@"
 }
 
+if [ -n "$repository" ]; then
+    step "installing what a new developer machine has: ${developer_machine[*]}"
+    in_root apt-get update -qq
+    in_root apt-get install -y -qq "${developer_machine[@]}" >"$root.apt.log" ||
+        { tail -n 40 "$root.apt.log" >&2; rm -f "$root.apt.log"; exit 1; }
+    rm -f "$root.apt.log"
+    git clone -q "$repository" "$root/root/tessaroback"
+    echo "cleanroot: cloned $(git -C "$repository" rev-parse --short HEAD) into /root/tessaroback"
+    for command in demo test; do
+        step "scripts/tessaro.sh $command, as the README says"
+        command_start=$SECONDS
+        in_root sh -c "cd /root/tessaroback && CCACHE_DISABLE=1 scripts/tessaro.sh $command" >"$root.$command.log" 2>&1 ||
+            { tail -n 60 "$root.$command.log" >&2; rm -f "$root.$command.log"; exit 1; }
+        tail -n 3 "$root.$command.log"
+        rm -f "$root.$command.log"
+        echo "cleanroot: $command passed in $((SECONDS - command_start)) s;" \
+            "build/ holds $(du -sm "$root/root/tessaroback/build" | cut -f1) MiB"
+    done
+    exit 0
+fi
+
+cp "$deb" "$root/tmp/"
 step "installing $(basename "$deb") with apt"
 before=$(du -skx "$root" | cut -f1)
 packages_before=$(in_root dpkg-query -W | wc -l)

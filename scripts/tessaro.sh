@@ -5,6 +5,7 @@
 #   scripts/tessaro.sh test      build everything, then run the whole test suite through CTest
 #   scripts/tessaro.sh package   build the Debian package in build/ and check it with lintian
 #   scripts/tessaro.sh cleanroot build the package, install it into a clean Debian 12 root, play the demo there
+#   scripts/tessaro.sh newcomer  time demo, then test, from a clone of HEAD in a clean Debian 12 root
 #   scripts/tessaro.sh sanitize  build with clang's ASan+UBSan in build-asan, run the whole suite under them
 #   scripts/tessaro.sh fuzz [S]  build the libFuzzer targets in build-asan, run each for S seconds (default 60)
 #   scripts/tessaro.sh lint      clang-tidy and cppcheck over the project's code
@@ -34,7 +35,8 @@ package_packages=(dpkg-dev file help2man lintian)
 cleanroot_packages=(debootstrap)
 
 usage() {
-    sed -n '2,16p' "${BASH_SOURCE[0]}" | sed 's/^# \{0,1\}//'
+    # The comment block at the top of this file.
+    sed -n '2,/^[^#]/p' "${BASH_SOURCE[0]}" | sed -n 's/^# \{0,1\}//p'
 }
 
 install_missing() {
@@ -178,6 +180,11 @@ case "${1:-}" in
         install_missing "${packages[@]}" "${package_packages[@]}" "${cleanroot_packages[@]}"
         build_package
         exec "$here/scripts/cleanroot.sh" "$build"/tessaroback_*.deb
+        ;;
+    newcomer)
+        shift
+        install_missing "${cleanroot_packages[@]}"
+        exec "$here/scripts/cleanroot.sh" --newcomer "$here"
         ;;
     -h|--help|help|"")
         usage
