@@ -81,7 +81,7 @@ in_root() {
 if [ -n "$repository" ]; then
     step "installing what a new developer machine has: ${developer_machine[*]}"
     in_root apt-get update -qq
-    in_root apt-get install -y -qq "${developer_machine[@]}" >"$root.apt.log" ||
+    in_root apt-get install -y -qq "${developer_machine[@]}" >"$root.apt.log" 2>&1 ||
         { tail -n 40 "$root.apt.log" >&2; rm -f "$root.apt.log"; exit 1; }
     rm -f "$root.apt.log"
     git clone -q "$repository" "$root/root/tessaroback"
@@ -89,12 +89,16 @@ if [ -n "$repository" ]; then
     for command in demo test; do
         step "scripts/tessaro.sh $command, as the README says"
         command_start=$SECONDS
+        root_before=$(du -smx "$root" | cut -f1)
+        build_before=$(du -sm "$root/root/tessaroback/build" 2>/dev/null | cut -f1 || echo 0)
         in_root sh -c "cd /root/tessaroback && CCACHE_DISABLE=1 scripts/tessaro.sh $command" >"$root.$command.log" 2>&1 ||
             { tail -n 60 "$root.$command.log" >&2; rm -f "$root.$command.log"; exit 1; }
+        grep '^tessaro: installed' "$root.$command.log" || true
         tail -n 3 "$root.$command.log"
         rm -f "$root.$command.log"
-        echo "cleanroot: $command passed in $((SECONDS - command_start)) s;" \
-            "build/ holds $(du -sm "$root/root/tessaroback/build" | cut -f1) MiB"
+        build_after=$(du -sm "$root/root/tessaroback/build" | cut -f1)
+        echo "cleanroot: $command passed in $((SECONDS - command_start)) s; build/ holds $build_after MiB;" \
+            "the rest of the root grew by $(( $(du -smx "$root" | cut -f1) - root_before - (build_after - build_before) )) MiB"
     done
     exit 0
 fi
@@ -105,7 +109,7 @@ before=$(du -skx "$root" | cut -f1)
 packages_before=$(in_root dpkg-query -W | wc -l)
 install_start=$SECONDS
 in_root apt-get update -qq
-in_root apt-get install -y -qq --no-install-recommends "/tmp/$(basename "$deb")" >"$root.apt.log" ||
+in_root apt-get install -y -qq --no-install-recommends "/tmp/$(basename "$deb")" >"$root.apt.log" 2>&1 ||
     { tail -n 40 "$root.apt.log" >&2; rm -f "$root.apt.log"; exit 1; }
 rm -f "$root.apt.log"
 echo "cleanroot: apt installed the package and $(( $(in_root dpkg-query -W | wc -l) - packages_before - 1 )) dependencies" \

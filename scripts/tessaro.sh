@@ -47,6 +47,7 @@ install_missing() {
     [ ${#missing[@]} -eq 0 ] && return 0
     echo "tessaro: installing ${missing[*]}"
     local apt=(apt-get install -y --no-install-recommends "${missing[@]}")
+    local start=$SECONDS
     if [ "$(id -u)" -eq 0 ]; then
         DEBIAN_FRONTEND=noninteractive apt-get update -qq
         DEBIAN_FRONTEND=noninteractive "${apt[@]}"
@@ -58,6 +59,7 @@ install_missing() {
         echo "  ${apt[*]}" >&2
         exit 1
     fi
+    echo "tessaro: installed ${#missing[@]} packages and what they need in $((SECONDS - start)) s"
 }
 
 # build/ has one configuration for demo, test and package: another one would
