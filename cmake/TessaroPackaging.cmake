@@ -57,9 +57,10 @@ install(FILES ${packaging}/copyright ${packaging}/changelog.Debian.gz
 find_program(TESSARO_HELP2MAN help2man)
 if(TESSARO_HELP2MAN AND NOT (TESSARO_SANITIZE OR TESSARO_FUZZ))
     set(pages)
-    set(programs tessaro-till tessaro-emulator)
+    set(programs tessaro-till tessaro-emulator tessaro-till-cart)
     set(summaries "till that loads the TessaroBack plug-in as the POS host does"
-                  "emulator of the Tessaro cart and pricing service")
+                  "emulator of the Tessaro cart and pricing service"
+                  "cart sessions of the till simulation (tessaro-till simulate --cart)")
     foreach(program summary IN ZIP_LISTS programs summaries)
         if(TARGET ${program})
             set(page ${PROJECT_BINARY_DIR}/man/${program}.1)
