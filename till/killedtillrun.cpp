@@ -10,6 +10,7 @@
 #include <documentsdao.h>
 #include <documentserializer.h>
 #include <emulator/emulator.h>
+#include <emulator/journal.h>
 #include <emulator/journalentry.h>
 
 #include <QDeadlineTimer>
@@ -18,6 +19,8 @@
 #include <QJsonDocument>
 #include <QProcess>
 #include <QTemporaryDir>
+
+#include <algorithm>
 
 namespace till {
 
@@ -36,6 +39,15 @@ int count(SessionOutcome *outcome, bool holds, const QString &invariant, const Q
     if (!holds)
         violate(outcome, invariant, detail);
     return holds ? 1 : 0;
+}
+
+// Whether the service holds one of the till's advice notes without an answer.
+bool holdsAdviceNote(const tessaro::emulator::Journal &journal)
+{
+    const QList<tessaro::emulator::JournalEntry> notes = journal.entriesFor(QStringLiteral("/advicenote"));
+    return std::any_of(notes.cbegin(), notes.cend(), [](const tessaro::emulator::JournalEntry &entry) {
+        return entry.outcome == tessaro::emulator::JournalEntry::Outcome::Hung;
+    });
 }
 
 } // namespace
@@ -86,10 +98,19 @@ bool KilledTillRun::run(const SimulatedSession &played, SessionOutcome *outcome)
     const bool held = !ended && !deadline.hasExpired();
     till.kill();
     till.waitForFinished(childMs);
+    const bool insideClose = holdsAdviceNote(emulator.journal());
     emulator.releaseHeldConnections();
     if (!held)
         return false;
     ++outcome->kills;
+    // Everything below judges a till killed inside its close hook; killed
+    // anywhere else it may rightly have lost what it was doing.
+    if (!insideClose) {
+        violate(outcome, QStringLiteral("setup"),
+                QStringLiteral("the till was killed before the service held its advice note (%1 sent)")
+                    .arg(emulator.journal().entriesFor(QStringLiteral("/advicenote")).size()));
+        return true;
+    }
 
     const QDir documents(folder.documentsDir());
     for (const QString &name : documents.entryList({QStringLiteral("*.json")}, QDir::Files)) {
