@@ -170,6 +170,10 @@ RestClient::Private::Private()
 {
     initialiseCurl();
     curl.reset(curl_easy_init());
+    // The host makes its configuration before any client; the configuration
+    // is not made here, where a client may be made in a thread of its own.
+    if (!Singleton<Config>::exists())
+        return;
     const qint64 configured = Singleton<Config>::instance()->getLongLong(QStringLiteral("Host:maxAnswerSize"),
                                                                          defaultMaxAnswerSize);
     if (configured > 0)

@@ -84,6 +84,7 @@ private slots:
     void answerAtTheBoundIsKept();
     void boundComesFromTheConfiguration_data();
     void boundComesFromTheConfiguration();
+    void clientMadeWithoutConfigurationMakesNone();
     void emptyAnswerBody();
     void jsonArrayAnswer();
     void httpFailure_data();
@@ -416,6 +417,18 @@ void TestRestClient::boundComesFromTheConfiguration()
     RestClient set;
     set.setMaxAnswerSize(0);
     QCOMPARE(set.maxAnswerSize(), qint64(8) * 1024 * 1024);
+}
+
+// The host makes its configuration before any client; a client made without
+// one (in a thread of its own, say) takes the default and creates nothing.
+void TestRestClient::clientMadeWithoutConfigurationMakesNone()
+{
+    Singleton<Config>::reset();
+
+    const RestClient client;
+
+    QVERIFY(!Singleton<Config>::exists());
+    QCOMPARE(client.maxAnswerSize(), qint64(8) * 1024 * 1024);
 }
 
 void TestRestClient::emptyAnswerBody()
