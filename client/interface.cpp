@@ -105,6 +105,23 @@ QString formValue(const QString &value)
     return QString::fromLatin1(QUrl::toPercentEncoding(value));
 }
 
+// Marks the exchanges of its lifetime as safe to send twice, whatever leaves the scope.
+class RepeatableExchanges
+{
+public:
+    explicit RepeatableExchanges(RestClient &client)
+        : m_client(client)
+    {
+        m_client.setRepeatable(true);
+    }
+    ~RepeatableExchanges() { m_client.setRepeatable(false); }
+    RepeatableExchanges(const RepeatableExchanges &) = delete;
+    RepeatableExchanges &operator=(const RepeatableExchanges &) = delete;
+
+private:
+    RestClient &m_client;
+};
+
 QList<int> readIntegers(const QString &key)
 {
     QList<int> result;
@@ -251,7 +268,13 @@ TokenResponse Interface::getToken()
     form.addQueryItem(QStringLiteral("realm_id"), formValue(realmId));
     const Headers headers{{QStringLiteral("Authorization"), authorizationHeader},
                           {QStringLiteral("Content-Type"), QStringLiteral("application/x-www-form-urlencoded")}};
-    restClient->postRaw(tokenUrl, form.toString(QUrl::FullyEncoded).toUtf8(), headers);
+    {
+        // A token request changes nothing at the service: when the service
+        // closed the kept-alive connection as it went out, it goes again on a
+        // fresh one instead of failing the return being closed.
+        const RepeatableExchanges repeatable(*restClient);
+        restClient->postRaw(tokenUrl, form.toString(QUrl::FullyEncoded).toUtf8(), headers);
+    }
     const TokenResponse reply(restClient->lastResponse());
     reply.checkStatus();
     logger->info(QStringLiteral("Получен токен: %1").arg(reply.token()));

@@ -110,6 +110,10 @@ AdviceNoteResponse Interface::sendAdviceNote(const QJsonObject &body, const Advi
     }
     AdviceNoteResponse answer(send(getUrl(AdviceNote, QString()), body, getHeaders(QString())));
     answer.requestHashSum = digest;
+    // An answer that came through without a return invoice number would close
+    // the return with an empty one; the close's rules decide, the log says so.
+    if (answer.error() == 0 && answer.key4().isEmpty())
+        logger->warn(QStringLiteral("Ответ на уведомление о возврате не содержит номера инвойса возврата (Key4)"));
     return answer;
 }
 

@@ -123,9 +123,14 @@ CartUpdateResponse Interface::acceptCart(const CartUpdateResponse &cart)
 {
     lastCart = cart;
     // The document may carry no loyalty card (no customer on the receipt):
-    // then there is no points limit to set.
+    // then there is no points limit to set. The update is accepted all the
+    // same, since the service has applied it; refusing it here would have its
+    // caller send it again.
     if (const QSharedPointer<DocumentCardRecord> card = getCard())
         card->setMaxPointsForSpend(cart.pointsToRredeem());
+    else if (cart.pointsToRredeem() > 0)
+        logger->warn(QStringLiteral("Баллы к списанию (%1) не записаны: в документе нет карты клиента")
+                             .arg(cart.pointsToRredeem()));
     return cart;
 }
 

@@ -1,7 +1,9 @@
 #include "restclient.h"
 
+#include "config.h"
 #include "log4qt/logger.h"
 #include "secretmask.h"
+#include "singleton.h"
 
 #include <QElapsedTimer>
 
@@ -22,6 +24,10 @@ constexpr qsizetype loggedBodyLimit = qsizetype(16) * 1024;
 constexpr int defaultTimeout = 30000;
 // Until setLongestTimeout() says otherwise, no exchange takes longer.
 constexpr int defaultLongestTimeout = 120000;
+// Until the configuration or setMaxAnswerSize() says otherwise, no answer is
+// larger: the service's answers are a few kilobytes, and a till that takes in
+// hundreds of megabytes runs out of time and memory.
+constexpr qint64 defaultMaxAnswerSize = qint64(8) * 1024 * 1024;
 
 using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
 using EasyHandle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
@@ -45,23 +51,45 @@ void appendLine(HeaderList &list, const QByteArray &line)
 // libcurl sends a request once more on a fresh connection when a kept-alive
 // one dies before any answer. For a POST the service may already have applied
 // the first one: sending it again could double a cart update or an advice
-// note. So a POST is attempted once; libcurl's retry is refused before it
+// note. So such a POST is attempted once; libcurl's retry is refused before it
 // sends anything, and the caller sees a network failure and decides for
-// itself (for example by reading the cart back).
+// itself (for example by reading the cart back). A request that is safe to
+// repeat (a GET, a token request) gets the one fresh attempt, and no more.
 struct Attempts
 {
+    int allowed = 1;
     int made = 0;
 };
 
-int allowFirstAttemptOnly(void *data, char *, char *, int, int)
+int limitAttempts(void *data, char *, char *, int, int)
 {
     auto *attempts = static_cast<Attempts *>(data);
-    return attempts->made++ == 0 ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+    return attempts->made++ < attempts->allowed ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
+
+// The answer's body as it arrives, up to its bound.
+struct Received
+{
+    explicit Received(qint64 bound)
+        : limit(bound)
+    {
+    }
+
+    QByteArray body;
+    qint64 limit;
+    bool tooLarge = false;
+};
 
 size_t appendBody(char *data, size_t size, size_t count, void *target)
 {
-    static_cast<QByteArray *>(target)->append(data, qsizetype(size) * qsizetype(count));
+    auto *received = static_cast<Received *>(target);
+    const qint64 bytes = qint64(size) * qint64(count);
+    if (received->body.size() + bytes > received->limit) {
+        // A count other than the one given ends the transfer at once.
+        received->tooLarge = true;
+        return 0;
+    }
+    received->body.append(data, qsizetype(bytes));
     return size * count;
 }
 
@@ -131,6 +159,8 @@ struct RestClient::Private
     QString targetAlias;
     int timeout = defaultTimeout;
     int longestTimeout = defaultLongestTimeout;
+    qint64 maxAnswerSize = defaultMaxAnswerSize;
+    bool repeatable = false;
     SecretMask mask;
     http::Response last;
     std::array<char, CURL_ERROR_SIZE> error = {};
@@ -140,6 +170,14 @@ RestClient::Private::Private()
 {
     initialiseCurl();
     curl.reset(curl_easy_init());
+    // The host makes its configuration before any client; the configuration
+    // is not made here, where a client may be made in a thread of its own.
+    if (!Singleton<Config>::exists())
+        return;
+    const qint64 configured = Singleton<Config>::instance()->getLongLong(QStringLiteral("Host:maxAnswerSize"),
+                                                                         defaultMaxAnswerSize);
+    if (configured > 0)
+        maxAnswerSize = configured;
 }
 
 bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray &body,
@@ -170,9 +208,11 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
 
     const QByteArray target = url.toEncoded();
     const HeaderList lines = headerList(headers);
-    QByteArray received;
+    Received received(maxAnswerSize);
     QByteArrayList receivedHeaders;
     Attempts attempts;
+    if (verb == Verb::Get || repeatable)
+        attempts.allowed = 2;
 
     curl_easy_setopt(handle, CURLOPT_URL, target.constData());
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
@@ -186,12 +226,14 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
     curl_easy_setopt(handle, CURLOPT_WRITEDATA, &received);
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &appendHeader);
     curl_easy_setopt(handle, CURLOPT_HEADERDATA, &receivedHeaders);
+    // An answer that announces its length is refused before its body is read.
+    curl_easy_setopt(handle, CURLOPT_MAXFILESIZE_LARGE, curl_off_t(maxAnswerSize));
+    curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, &limitAttempts);
+    curl_easy_setopt(handle, CURLOPT_PREREQDATA, &attempts);
     if (verb == Verb::Post) {
         // A body given whole goes out in the request's first packet.
         curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t(body.size()));
         curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.constData());
-        curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, &allowFirstAttemptOnly);
-        curl_easy_setopt(handle, CURLOPT_PREREQDATA, &attempts);
     } else {
         curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
     }
@@ -200,13 +242,21 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
     QElapsedTimer clock;
     clock.start();
     const CURLcode result = curl_easy_perform(handle);
-    if (attempts.made > 1)
-        qstrncpy(error.data(), "connection lost before the answer; a POST is not sent again", error.size());
+    if (attempts.made > attempts.allowed)
+        qstrncpy(error.data(), attempts.allowed == 1 ? "connection lost before the answer; a POST is not sent again"
+                                                     : "connection lost before the answer twice; not sent a third time",
+                 error.size());
+    if (result == CURLE_FILESIZE_EXCEEDED || received.tooLarge) {
+        const QByteArray tooLarge = QByteArrayLiteral("the answer is larger than ") + QByteArray::number(maxAnswerSize)
+                + QByteArrayLiteral(" bytes; it is dropped");
+        qstrncpy(error.data(), tooLarge.constData(), error.size());
+        received.body.clear();
+    }
     const qint64 elapsed = clock.elapsed();
     long status = 0;
     curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
 
-    last = response(url, result, status, received);
+    last = response(url, result, status, received.body);
     if (logger) {
         const QString method = verb == Verb::Post ? QStringLiteral("POST") : QStringLiteral("GET");
         const QString outcome = last.isNetworkError()
@@ -215,7 +265,7 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
         // One arg() call: a "%2F" in the URL must not take the place of a later argument.
         logger->info(QStringLiteral("%1 %2: %3, %4 ms")
                              .arg(method, loggedUrl(url), outcome, QString::number(elapsed)));
-        logResponse(receivedHeaders, received);
+        logResponse(receivedHeaders, received.body);
     }
     return last.errorCode() == 0;
 }
@@ -354,6 +404,26 @@ void RestClient::setLongestTimeout(int milliseconds)
 int RestClient::longestTimeout() const
 {
     return d->longestTimeout;
+}
+
+void RestClient::setMaxAnswerSize(qint64 bytes)
+{
+    d->maxAnswerSize = bytes > 0 ? bytes : defaultMaxAnswerSize;
+}
+
+qint64 RestClient::maxAnswerSize() const
+{
+    return d->maxAnswerSize;
+}
+
+void RestClient::setRepeatable(bool repeatable)
+{
+    d->repeatable = repeatable;
+}
+
+bool RestClient::isRepeatable() const
+{
+    return d->repeatable;
 }
 
 void RestClient::setSecretHeaders(const QStringList &names)

@@ -15,10 +15,12 @@ class Logger;
 
 /// The host's HTTP client. Each exchange blocks the calling thread until the
 /// answer arrives or the time-out expires; connections are kept alive between
-/// exchanges. A POST is never sent twice: when a kept-alive connection dies
-/// before the answer, the exchange is a network failure, since the peer may
-/// have applied it. Made through MockFactory<RestClient>, so tests may
-/// substitute it.
+/// exchanges. When a kept-alive connection dies before any byte of the answer,
+/// a request that is safe to repeat (a GET, or a POST made while
+/// setRepeatable(true) holds) goes once more on a fresh connection; any other
+/// POST is never sent twice: the exchange is a network failure, since the peer
+/// may have applied it. An answer larger than maxAnswerSize() is dropped.
+/// Made through MockFactory<RestClient>, so tests may substitute it.
 class RestClient
 {
 public:
@@ -44,6 +46,17 @@ public:
     /// till blocked for longer is as good as frozen.
     void setLongestTimeout(int milliseconds);
     int longestTimeout() const;
+    /// The largest answer body accepted, in bytes: "Host:maxAnswerSize" of the
+    /// configuration when the client is made, 8 MiB unless set (or when not
+    /// positive). A larger answer ends the exchange as a network failure as
+    /// soon as it is announced or its bytes pass the bound; nothing of it is kept.
+    void setMaxAnswerSize(qint64 bytes);
+    qint64 maxAnswerSize() const;
+    /// Whether the POSTs that follow are safe to send twice (an OAuth2 token
+    /// request): until set back to false, such a POST goes once more on a
+    /// fresh connection when a kept-alive one died before any answer byte.
+    void setRepeatable(bool repeatable);
+    bool isRepeatable() const;
     /// Names of headers whose values never reach a log (compared case-insensitively).
     void setSecretHeaders(const QStringList &names);
     QStringList secretHeaders() const;

@@ -17,6 +17,8 @@
 #include <qml/qmlbasedgui.h>
 #include <singleton.h>
 
+#include <exception>
+
 namespace tessaro {
 
 using detail::actionQueue;
@@ -76,6 +78,14 @@ EContext::Result BackPlugin::guarded(Hook hook, const control::Action &action)
         return (this->*hook)(action);
     } catch (const BasicException &e) {
         showError(e);
+        return EContext::Stop;
+    } catch (const std::exception &e) {
+        // Out of memory or a failed library call: the host's pipeline must not
+        // see it either, and the cashier learns that the action did not happen.
+        logger->error(QStringLiteral("Сбой при обработке действия кассы: %1").arg(QString::fromLocal8Bit(e.what())));
+        showError(BasicException(tr::Tr(QStringLiteral("tessaroUnexpectedError"),
+                                        QStringLiteral("Внутренняя ошибка модуля Tessaro. Действие не выполнено, "
+                                                       "повторите его; при повторе ошибки обратитесь в поддержку"))));
         return EContext::Stop;
     }
 }

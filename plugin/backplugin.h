@@ -166,8 +166,10 @@ private:
     /// through guarded().
     ActionTrigger::Function call(Hook hook);
     /// Runs \a hook with \a action. Host operations inside a hook (dialogs,
-    /// the action queue, the document) may throw; a BasicException never
-    /// reaches the host's pipeline: it is shown and the action refused (0).
+    /// the action queue, the document) may throw; neither a BasicException nor
+    /// any other std::exception (std::bad_alloc included) reaches the host's
+    /// pipeline: it is shown ("tessaroUnexpectedError" for the latter, which is
+    /// also logged) and the action refused (0).
     EContext::Result guarded(Hook hook, const control::Action &action);
     /// Gives the service client the token kept on the bound document; before
     /// init() there is no client to give it to.

@@ -227,18 +227,28 @@ void TestCartLifecycle::acceptedUpdateSetsThePointsLimit()
     QCOMPARE(card->getMaxPointsForSpend(), points);
 }
 
+// The update reached the service whether or not the document has a card:
+// it is accepted, and points the customer could spend but no card can hold
+// are named in the log.
 void TestCartLifecycle::updateWithoutCardRecordIsAccepted()
 {
     ServiceTestBed bed;
     bed.server().enqueue(Answer::json(200, carttest::cart({carttest::line(1, 1)}, {{"pointsToRredeem", 5}})));
     bed.server().enqueue(Answer::json(200, carttest::cart({carttest::line(1, 2)}, {{"pointsToRredeem", 6}})));
+    bed.server().enqueue(Answer::json(200, carttest::cart({carttest::line(1, 3)})));
     Client client;
+    const LogCapture log;
     // No document at all, then a document without a loyalty card.
     QCOMPARE(client.updateCart(QStringLiteral("c-1"), {{"item", QJsonObject()}}).pointsToRredeem(), 5);
     const QSharedPointer<DocumentCardRecord> other = carttest::documentWithCard(3);
     QCOMPARE(client.updateCart(QStringLiteral("c-1"), {{"item", QJsonObject()}}).pointsToRredeem(), 6);
     QCOMPARE(client.lastCart->pointsToRredeem(), 6);
     QCOMPARE(other->getMaxPointsForSpend(), 0);
+    // No points, nothing to hold.
+    QCOMPARE(client.updateCart(QStringLiteral("c-1"), {{"item", QJsonObject()}}).pointsToRredeem(), 0);
+    QCOMPARE(carttest::clientLines(log, QtWarningMsg),
+             (QStringList{QStringLiteral("Баллы к списанию (5) не записаны: в документе нет карты клиента"),
+                          QStringLiteral("Баллы к списанию (6) не записаны: в документе нет карты клиента")}));
 }
 
 void TestCartLifecycle::errorReplyIsAcceptedToo()

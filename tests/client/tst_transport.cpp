@@ -192,6 +192,7 @@ private slots:
     void cartPathOnBaseWithPath();
     void emptyRequestIdSendsNoRequestIdHeader();
     void failedGetIsRepeatedAsPostWithoutCallerHeaders();
+    void keptAliveConnectionClosedByServiceRepeatsOnlyTheTokenRequest();
 };
 
 void TestTransport::cleanup()
@@ -910,6 +911,57 @@ void TestTransport::failedGetIsRepeatedAsPostWithoutCallerHeaders()
     QCOMPARE(header(requests.at(2), "Authorization"), QStringLiteral("Bearer tok-1"));
     QCOMPARE(requests.at(2).headerCount("X-Request-ID"), 0);
     QCOMPARE(requests.at(2).headerCount("X-Extra"), 0);
+}
+
+// The service closes an idle kept-alive connection just as the till's next
+// request goes out on it: the request reaches the closed connection and gets
+// no answer. The token request, which changes nothing at the service, goes
+// again on a fresh connection; the advice note, which the service may have
+// registered, is never sent twice.
+void TestTransport::keptAliveConnectionClosedByServiceRepeatsOnlyTheTokenRequest()
+{
+    ServiceTestBed bed;
+    Client client;
+    client.setToken(QStringLiteral("tok-0"));
+    const QUrl adviceNote = client.getUrl(tessaro::Interface::AdviceNote, QString());
+    const QJsonObject body{{"storeNo", 7}};
+    bed.server().enqueue(Answer::json(200, R"({"Key4":"1/1"})"));
+    QVERIFY(client.send(adviceNote, body, client.getHeaders(QString())).success());
+
+    // The next return starts without a token: its first request is the token request.
+    client.setToken(QString());
+    bed.server().enqueue(Answer::close());
+    bed.server().enqueue(ServiceTestBed::tokenAnswer("tok-1"));
+    bed.server().enqueue(Answer::json(200, R"({"Key4":"2/2"})"));
+    QCOMPARE(client.send(adviceNote, body, client.getHeaders(QString())).jsonObject().value("Key4").toString(),
+             QStringLiteral("2/2"));
+
+    QList<Request> requests = bed.server().requests();
+    QCOMPARE(requests.size(), 4);
+    QCOMPARE(requests.at(1).path, QStringLiteral("/oauth/token"));
+    QCOMPARE(requests.at(1).peerPort, requests.at(0).peerPort);
+    QCOMPARE(requests.at(2).path, QStringLiteral("/oauth/token"));
+    QVERIFY(requests.at(2).peerPort != requests.at(1).peerPort);
+    QCOMPARE(requests.at(2).body, requests.at(1).body);
+    QCOMPARE(requests.at(3).path, QStringLiteral("/api/advicenote"));
+    QCOMPARE(client.currentToken(), QStringLiteral("tok-1"));
+
+    // The same race for the advice note itself.
+    bed.server().clearRequests();
+    bed.server().enqueue(Answer::close());
+    bed.server().enqueue(Answer::json(200, R"({"Key4":"3/3"})"));
+    const LogCapture log;
+    try {
+        client.send(adviceNote, body, client.getHeaders(QString()));
+        QFAIL("no exception");
+    } catch (const tessaro::ConnectionErrorException &e) {
+        QCOMPARE(e.tr().text(), connectionErrorText);
+    }
+    requests = bed.server().requests();
+    QCOMPARE(requests.size(), 1);
+    QCOMPARE(requests.at(0).path, QStringLiteral("/api/advicenote"));
+    QCOMPARE(bed.server().pendingAnswers(), 1);
+    QVERIFY(log.contains(QStringLiteral("connection lost before the answer; a POST is not sent again")));
 }
 
 QTEST_GUILESS_MAIN(TestTransport)

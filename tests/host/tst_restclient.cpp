@@ -1,5 +1,7 @@
+#include <config.h>
 #include <log4qt/logger.h>
 #include <restclient.h>
+#include <singleton.h>
 
 #include "support/logcapture.h"
 #include "support/scriptedhttpserver.h"
@@ -11,6 +13,7 @@
 #include <QLoggingCategory>
 #include <QSslKey>
 #include <QTcpServer>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <atomic>
@@ -52,6 +55,7 @@ QByteArray readResource(const QString &path)
 } // namespace
 
 Q_DECLARE_METATYPE(Failure)
+Q_DECLARE_METATYPE(ScriptedHttpServer::Answer)
 
 class TestRestClient : public QObject
 {
@@ -73,6 +77,14 @@ private slots:
     void closedKeptAliveConnectionIsReplaced();
     void deadKeptAliveConnectionFailsPostWithoutResending();
     void deadKeptAliveConnectionIsRetriedForGet();
+    void deadKeptAliveConnectionIsRetriedOnceForRepeatablePost();
+    void repeatableLastsUntilSetBack();
+    void answerOverTheBoundIsDropped_data();
+    void answerOverTheBoundIsDropped();
+    void answerAtTheBoundIsKept();
+    void boundComesFromTheConfiguration_data();
+    void boundComesFromTheConfiguration();
+    void clientMadeWithoutConfigurationMakesNone();
     void emptyAnswerBody();
     void jsonArrayAnswer();
     void httpFailure_data();
@@ -289,6 +301,134 @@ void TestRestClient::deadKeptAliveConnectionIsRetriedForGet()
     QCOMPARE(requests.size(), 3);
     QVERIFY(requests.at(2).peerPort != requests.at(1).peerPort);
     QVERIFY(m_client->lastResponse().responseObject().value(QStringLiteral("retried")).toBool());
+}
+
+// A token request changes nothing at the service: its caller marks it
+// repeatable, and it goes once more on a fresh connection.
+void TestRestClient::deadKeptAliveConnectionIsRetriedOnceForRepeatablePost()
+{
+    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+    m_server->enqueue(Answer::close());
+    m_server->enqueue(Answer::json(200, R"({"access_token":"t-1"})"));
+
+    m_client->setRepeatable(true);
+    QVERIFY(m_client->postRaw(m_server->url(QStringLiteral("/token")), "grant_type=client_credentials", {}));
+
+    const QList<ScriptedHttpServer::Request> requests = m_server->requests();
+    QCOMPARE(requests.size(), 3);
+    QCOMPARE(requests.at(1).peerPort, requests.at(0).peerPort);
+    QVERIFY(requests.at(2).peerPort != requests.at(1).peerPort);
+    QCOMPARE(requests.at(2).body, QByteArray("grant_type=client_credentials"));
+    QCOMPARE(m_client->lastResponse().responseObject().value(QStringLiteral("access_token")).toString(),
+             QStringLiteral("t-1"));
+}
+
+void TestRestClient::repeatableLastsUntilSetBack()
+{
+    QVERIFY(!m_client->isRepeatable());
+    m_client->setRepeatable(true);
+    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+    QVERIFY(m_client->isRepeatable());
+    m_client->setRepeatable(false);
+    m_server->enqueue(Answer::close());
+    m_server->enqueue(Answer::json(200, R"({"resent":true})"));
+
+    QVERIFY(!m_client->post(m_server->url(), parsed(R"({"advice":1})"), {}));
+
+    QVERIFY(m_client->lastResponse().errorText().text().endsWith(QLatin1String("a POST is not sent again")));
+    QCOMPARE(m_server->requestCount(), 2);
+}
+
+void TestRestClient::answerOverTheBoundIsDropped_data()
+{
+    QTest::addColumn<Answer>("answer");
+    const QByteArray larger(1025, 'x');
+    QTest::newRow("length announced") << Answer::reply(200, larger);
+    // Announced, never sent: refused before its body is awaited.
+    QTest::newRow("length announced only") << Answer::reply(200, "{", {{"Content-Length", "1073741824"}});
+    // No length, and the answer never ends: the transfer stops once past the bound.
+    QTest::newRow("chunked, endless") << Answer::reply(200, "401\r\n" + larger + "\r\n", {{"Transfer-Encoding", "chunked"}});
+    QTest::newRow("error status") << Answer::reply(500, larger);
+}
+
+void TestRestClient::answerOverTheBoundIsDropped()
+{
+    QFETCH(Answer, answer);
+    m_server->enqueue(answer);
+    m_client->setMaxAnswerSize(1024);
+    // Only the bound can end these exchanges before the time-out does.
+    m_client->setTimeout(60000);
+
+    QVERIFY(!m_client->post(m_server->url(QStringLiteral("/advicenote")), parsed("{}"), {}));
+
+    const http::Response response = m_client->lastResponse();
+    QVERIFY(response.isNetworkError());
+    QVERIFY(response.errorCode() > 0);
+    QCOMPARE(response.errorText().text(),
+             QStringLiteral("Ошибка при обращении к %1: the answer is larger than 1024 bytes; it is dropped").arg(alias));
+    QVERIFY(response.body().isEmpty());
+    QVERIFY(response.responseObject().isEmpty());
+    // The connection is not reused after an answer cut short.
+    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+    QCOMPARE(m_server->requestCount(), 2);
+    QVERIFY(m_server->requests().at(1).peerPort != m_server->requests().at(0).peerPort);
+}
+
+void TestRestClient::answerAtTheBoundIsKept()
+{
+    const QByteArray body = R"({"pad":")" + QByteArray(1024 - 10, 'x') + R"("})";
+    QCOMPARE(body.size(), 1024);
+    m_server->enqueue(Answer::json(200, body));
+    m_client->setMaxAnswerSize(1024);
+
+    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+
+    QCOMPARE(m_client->lastResponse().body(), body);
+}
+
+void TestRestClient::boundComesFromTheConfiguration_data()
+{
+    QTest::addColumn<QString>("ini");
+    QTest::addColumn<qint64>("bound");
+    const qint64 eightMiB = qint64(8) * 1024 * 1024;
+    QTest::newRow("unset") << QString() << eightMiB;
+    QTest::newRow("set") << QStringLiteral("[Host]\nmaxAnswerSize=65536\n") << qint64(65536);
+    QTest::newRow("beyond 32 bits") << QStringLiteral("[Host]\nmaxAnswerSize=5000000000\n") << qint64(5000000000);
+    QTest::newRow("zero") << QStringLiteral("[Host]\nmaxAnswerSize=0\n") << eightMiB;
+    QTest::newRow("negative") << QStringLiteral("[Host]\nmaxAnswerSize=-1\n") << eightMiB;
+    QTest::newRow("not a number") << QStringLiteral("[Host]\nmaxAnswerSize=big\n") << eightMiB;
+}
+
+void TestRestClient::boundComesFromTheConfiguration()
+{
+    QFETCH(QString, ini);
+    QFETCH(qint64, bound);
+    QTemporaryDir dir;
+    QFile file(dir.filePath(QStringLiteral("host.ini")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(ini.toUtf8());
+    file.close();
+    Singleton<Config>::setInstance(new Config(file.fileName()));
+
+    const RestClient client;
+
+    Singleton<Config>::reset();
+    QCOMPARE(client.maxAnswerSize(), bound);
+    RestClient set;
+    set.setMaxAnswerSize(0);
+    QCOMPARE(set.maxAnswerSize(), qint64(8) * 1024 * 1024);
+}
+
+// The host makes its configuration before any client; a client made without
+// one (in a thread of its own, say) takes the default and creates nothing.
+void TestRestClient::clientMadeWithoutConfigurationMakesNone()
+{
+    Singleton<Config>::reset();
+
+    const RestClient client;
+
+    QVERIFY(!Singleton<Config>::exists());
+    QCOMPARE(client.maxAnswerSize(), qint64(8) * 1024 * 1024);
 }
 
 void TestRestClient::emptyAnswerBody()

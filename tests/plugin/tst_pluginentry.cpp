@@ -5,7 +5,10 @@
 
 #include <abstractdocument.h>
 #include <basicloyaltysystem.h>
+#include <control/eactiontype.h>
 #include <edocumenttype.h>
+#include <mockfactory.h>
+#include <savetofilelogic.h>
 #include <testing/testhost.h>
 
 #include <QCborMap>
@@ -16,6 +19,36 @@
 #include <QPluginLoader>
 #include <QPointer>
 #include <QTest>
+
+#include <functional>
+#include <new>
+#include <stdexcept>
+
+namespace {
+
+using Throw = std::function<void()>;
+
+// Saving the document fails with an exception of the C++ library.
+class ThrowingSaveToFileLogic : public SaveToFileLogic
+{
+public:
+    explicit ThrowingSaveToFileLogic(Throw fail)
+        : m_fail(std::move(fail))
+    {
+    }
+    bool save(const QSharedPointer<AbstractDocument> &, const QStringList &) override
+    {
+        m_fail();
+        return false;
+    }
+
+private:
+    Throw m_fail;
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(Throw)
 
 class TestPluginEntry : public QObject
 {
@@ -37,6 +70,8 @@ private slots:
     void returnHooksOffForSaleDocument_data();
     void returnHooksOffForSaleDocument();
     void formsInResources();
+    void otherExceptionInHookIsShownAndRefuses_data();
+    void otherExceptionInHookIsShownAndRefuses();
 
 private:
     QObject *instance();
@@ -224,6 +259,45 @@ void TestPluginEntry::formsInResources()
 {
     QVERIFY(QFile::exists(QStringLiteral(":/qt/qml/Tessaro/Returns/InputInvoiceInfo.qml")));
     QVERIFY(QFile::exists(QStringLiteral(":/qt/qml/Tessaro/Returns/qmldir")));
+}
+
+void TestPluginEntry::otherExceptionInHookIsShownAndRefuses_data()
+{
+    QTest::addColumn<Throw>("fail");
+    QTest::newRow("out of memory") << Throw([] { throw std::bad_alloc(); });
+    QTest::newRow("runtime error") << Throw([] { throw std::runtime_error("disk driver failed"); });
+}
+
+// The close of a document whose answer is kept, so that no request goes out;
+// saving it throws.
+void TestPluginEntry::otherExceptionInHookIsShownAndRefuses()
+{
+    QFETCH(Throw, fail);
+    BasicPlugin *plugin = initialisedPlugin();
+    QVERIFY(plugin);
+    auto *loyaltySystem = static_cast<BasicLoyaltySystem *>(m_instance->qt_metacast("BasicLoyaltySystem"));
+    const auto sale = QSharedPointer<AbstractDocument>::create(EDocumentType::Sale);
+    loyaltySystem->setDocument(sale);
+    sale->setPluginData(loyaltySystem->getSystemType(), QStringLiteral("adviceNoteResponse"),
+                        QVariantMap{{QStringLiteral("response"), QVariantMap{{QStringLiteral("Key4"), QStringLiteral("1")}}}});
+    MockFactory<SaveToFileLogic>::setInstance(QSharedPointer<ThrowingSaveToFileLogic>::create(fail));
+    const ActionTrigger &close = plugin->triggers().at(3).trigger;
+    QCOMPARE(int(close.actionType()), int(control::AttemptToDocumentClose));
+
+    EContext::Result result = EContext::Continue;
+    try {
+        result = close(control::Action(control::AttemptToDocumentClose, {}));
+    } catch (const std::exception &e) {
+        QFAIL(qPrintable(QStringLiteral("the exception reached the host: ") + QString::fromLocal8Bit(e.what())));
+    }
+
+    QCOMPARE(result, EContext::Stop);
+    const QList<ScriptedDialog::Message> messages = m_host->dialog()->messages();
+    QCOMPARE(messages.size(), 1);
+    QCOMPARE(messages.first().message.id(), QStringLiteral("tessaroUnexpectedError"));
+    QCOMPARE(messages.first().message.text(),
+             QStringLiteral("Внутренняя ошибка модуля Tessaro. Действие не выполнено, повторите его; "
+                            "при повторе ошибки обратитесь в поддержку"));
 }
 
 QTEST_GUILESS_MAIN(TestPluginEntry)

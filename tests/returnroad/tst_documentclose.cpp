@@ -143,6 +143,8 @@ private slots:
     void closingTwiceSendsOnce();
     void invoiceNumberWithoutSlashes_data();
     void invoiceNumberWithoutSlashes();
+    void answerWithoutInvoiceNumberIsLogged_data();
+    void answerWithoutInvoiceNumberIsLogged();
     void returnBySaleSendsItsOwnBody();
     void shiftClosedOnceOpensTheTillAndSendsAgain();
     void shiftClosedTwiceRefuses();
@@ -222,6 +224,43 @@ void TestDocumentClose::invoiceNumberWithoutSlashes()
     QCOMPARE(bed.close(), EContext::Continue);
     QCOMPARE(bed.data(QStringLiteral("invoiceIDRaw")).toString(), raw);
     QCOMPARE(bed.data(QStringLiteral("invoiceID")).toString(), id);
+}
+
+// A successful exchange whose answer names no return invoice: the close goes as
+// its rules say (an empty number kept, or refused as an incorrect answer), and
+// the log says that the number is missing.
+void TestDocumentClose::answerWithoutInvoiceNumberIsLogged_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<int>("result");
+    QTest::newRow("{}") << QByteArray("{}") << int(EContext::Stop);
+    QTest::newRow("Key4 null") << QByteArray(R"({"Key4":null})") << int(EContext::Continue);
+    QTest::newRow("Key4 a number") << QByteArray(R"({"Key4":5})") << int(EContext::Continue);
+    QTest::newRow("null") << QByteArray("null") << int(EContext::Stop);
+    QTest::newRow("5") << QByteArray("5") << int(EContext::Stop);
+}
+
+void TestDocumentClose::answerWithoutInvoiceNumberIsLogged()
+{
+    QFETCH(QByteArray, reply);
+    QFETCH(int, result);
+    CloseBed bed;
+    bed.bind(ReturnDocuments::plainReturn());
+    bed.server().enqueue(Answer::json(200, reply));
+    LogCapture log;
+    QTest::ignoreMessage(QtWarningMsg, "Ответ на уведомление о возврате не содержит номера инвойса возврата (Key4)");
+
+    QCOMPARE(int(bed.close()), result);
+
+    QCOMPARE(log.texts(QStringLiteral("tessaroback"), QtWarningMsg),
+             QStringList{QStringLiteral("Ответ на уведомление о возврате не содержит номера инвойса возврата (Key4)")});
+    if (result == EContext::Continue) {
+        QCOMPARE(bed.data(QStringLiteral("invoiceIDRaw")), QVariant(QString()));
+        QCOMPARE(bed.data(QStringLiteral("invoiceID")), QVariant(QString()));
+        QVERIFY(bed.dialog()->messages().isEmpty());
+    } else {
+        bed.verifyRefusedWith(tr::Tr(QStringLiteral("tessaroIncorrectResponse"), QStringLiteral("Некорректный ответ от сервера")));
+    }
 }
 
 void TestDocumentClose::returnBySaleSendsItsOwnBody()

@@ -63,7 +63,9 @@ QByteArray ScriptedHttpEngine::serialised(const ScriptedHttpServer::Answer &answ
     bool hasLength = false;
     for (const ScriptedHttpServer::Header &header : answer.headers) {
         out += header.first + ": " + header.second + "\r\n";
-        hasLength = hasLength || header.first.compare("Content-Length", Qt::CaseInsensitive) == 0;
+        // A chunked answer carries its length in its chunks.
+        hasLength = hasLength || header.first.compare("Content-Length", Qt::CaseInsensitive) == 0
+                || header.first.compare("Transfer-Encoding", Qt::CaseInsensitive) == 0;
     }
     if (!hasLength)
         out += "Content-Length: " + QByteArray::number(answer.body.size()) + "\r\n";

@@ -54,7 +54,8 @@ public:
 
         Kind kind = Kind::Reply;
         int status = 200;
-        /// Sent as they stand, in order. Content-Length is added unless given.
+        /// Sent as they stand, in order. Content-Length is added unless given,
+        /// or unless Transfer-Encoding is (the body then holds its chunks).
         /// "Connection: close" makes the server close the connection after the answer.
         HeaderList headers;
         QByteArray body;
