@@ -76,7 +76,9 @@ QJsonObject CassetteExchange::toJson() const
         request.insert(QStringLiteral("query"), query);
     bodyToJson(&request, QStringLiteral("body"), requestBody);
 
-    QJsonObject answer{{QStringLiteral("status"), status}, {QStringLiteral("headers"), headersToJson(responseHeaders)}};
+    QJsonObject answer{{QStringLiteral("status"), status}};
+    if (!responseHeaders.isEmpty())
+        answer.insert(QStringLiteral("headers"), headersToJson(responseHeaders));
     if (networkError)
         answer.insert(QStringLiteral("networkError"), true);
     bodyToJson(&answer, QStringLiteral("body"), responseBody);
