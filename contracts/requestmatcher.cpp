@@ -59,12 +59,15 @@ RequestMatcher::RequestMatcher(const Cassette &cassette)
 RequestMatcher::Result RequestMatcher::match(const CassetteExchange &request)
 {
     Result result;
-    int sameRoute = -1;
+    // The nearest: the first unused request to the same place, else the
+    // unused one of the same method whose path agrees longest.
+    qsizetype nearestScore = -1;
     for (int i = m_next; i < m_cassette.exchanges.size(); ++i) {
         if (m_used.at(i))
             continue;
         const CassetteExchange &recorded = m_cassette.exchanges.at(i);
-        const bool route = recorded.method == request.method && recorded.path == request.path;
+        const bool sameMethod = recorded.method == request.method;
+        const bool route = sameMethod && recorded.path == request.path;
         if (route && difference(recorded, request).isEmpty()) {
             m_used[i] = true;
             while (m_next < m_used.size() && m_used.at(m_next))
@@ -72,11 +75,15 @@ RequestMatcher::Result RequestMatcher::match(const CassetteExchange &request)
             result.index = i;
             return result;
         }
-        if (route && sameRoute < 0)
-            sameRoute = i;
+        // Ranked by: same place, then same method, then how long the paths agree.
+        const qsizetype differsAt = TextDifference::firstDifference(recorded.path.toUtf8(), request.path.toUtf8());
+        const qsizetype agreed = differsAt < 0 ? request.path.size() : differsAt;
+        const qsizetype score = (route ? 2 : sameMethod ? 1 : 0) * (request.path.size() + 1) + agreed;
+        if (score > nearestScore) {
+            nearestScore = score;
+            result.nearest = i;
+        }
     }
-    // The nearest: the first unused request to the same place, else the next one due.
-    result.nearest = sameRoute >= 0 ? sameRoute : (m_next < m_cassette.exchanges.size() ? m_next : -1);
     result.difference = result.nearest >= 0 ? difference(m_cassette.exchanges.at(result.nearest), request)
                                             : QStringLiteral("every recorded request has been answered");
     return result;
