@@ -127,8 +127,13 @@ int ContractCommand::run()
             ++skipped;
             continue;
         }
-        if (CassetteExchange::header(recorded.requestHeaders, QStringLiteral("Authorization")).value_or(QString()).startsWith(QLatin1String("SDK-HMAC-SHA256"))) {
-            *m_out << name << QStringLiteral("  skipped (signed for the gateway)") << Qt::endl;
+        const QString authorization = CassetteExchange::header(recorded.requestHeaders, QStringLiteral("Authorization")).value_or(QString());
+        const QString unsendable = authorization.startsWith(QLatin1String("SDK-HMAC-SHA256")) ? QStringLiteral("signed for the gateway")
+            : isTokenRequest(recorded) && m_authorization.isEmpty() && tessaro::contracts::PlaceholderMap::holdsPlaceholder(authorization)
+            ? QStringLiteral("the till's credentials are needed: --data DIR")
+            : QString();
+        if (!unsendable.isEmpty()) {
+            *m_out << name << QStringLiteral("  skipped (%1)").arg(unsendable) << Qt::endl;
             ++skipped;
             continue;
         }
