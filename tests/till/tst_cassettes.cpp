@@ -29,6 +29,7 @@ class TestCassettes : public QObject
     Q_OBJECT
 
 private slots:
+    void commandLine();
     void recordThenReplay_data();
     void recordThenReplay();
     void secretsNeverRecorded_data();
@@ -85,6 +86,36 @@ QJsonObject TestCassettes::committed(const QString &name)
     if (!file.open(QIODevice::ReadOnly))
         qFatal("no committed cassette %s", qPrintable(name));
     return QJsonDocument::fromJson(file.readAll()).object();
+}
+
+void TestCassettes::commandLine()
+{
+    tessaro::emulator::Emulator service;
+    QVERIFY(service.startInThread(0));
+    const QString data = m_dir.filePath(QStringLiteral("command-line-till"));
+    QString error;
+    QVERIFY2(TillDataFolder(data).create(service.baseUrl().toString(), service.tokenUrl().toString(), &error), qPrintable(error));
+    const QString scenario = QStringLiteral(TILL_SCENARIO_DIR "/01-plain-return.json");
+    const QString file = m_dir.filePath(QStringLiteral("command-line.json"));
+    const QString plugins = QStringLiteral(TILL_PLUGIN_DIR);
+
+    const Result recorded = runProgram(QStringLiteral(TILL_EXECUTABLE), {QStringLiteral("run"), QStringLiteral("--data"), data, QStringLiteral("--plugins"),
+                                                                          plugins, scenario, QStringLiteral("--record"), file});
+    QVERIFY2(recorded.code == 0, qPrintable(recorded.out + recorded.err));
+    QVERIFY2(recorded.out.contains(QStringLiteral("Recorded 2 exchange(s) with the service in ") + file), qPrintable(recorded.out));
+    const auto cassette = CassetteFile::read(file, &error);
+    QVERIFY2(cassette, qPrintable(error));
+    QCOMPARE(cassette->exchanges.at(1).path, QStringLiteral("/advicenote"));
+    QCOMPARE(cassette->exchanges.at(1).action, QStringLiteral("the advice note goes to the service (close the document)"));
+    QCOMPARE(cassette->serviceUrl, service.baseUrl().toString());
+    QVERIFY(!cassette->pluginVersion.isEmpty());
+
+    // Offline: the service is gone.
+    service.stop();
+    const Result replayed = runProgram(QStringLiteral(TILL_EXECUTABLE), {QStringLiteral("run"), QStringLiteral("--plugins"), plugins, scenario,
+                                                                          QStringLiteral("--replay"), file});
+    QVERIFY2(replayed.code == 0, qPrintable(replayed.out + replayed.err));
+    QVERIFY2(replayed.out.contains(QStringLiteral("Result: passed")), qPrintable(replayed.out));
 }
 
 void TestCassettes::recordThenReplay_data()
