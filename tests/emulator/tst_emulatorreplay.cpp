@@ -4,6 +4,8 @@
 
 #include <QTest>
 
+#include <memory>
+
 using tessaro::contracts::Cassette;
 using tessaro::contracts::CassetteExchange;
 using tessaro::emulator::Emulator;
@@ -15,12 +17,18 @@ class TestEmulatorReplay : public QObject
     Q_OBJECT
 
 private slots:
+    void init();
     void answersRecordedRequests();
     void unmatchedRequestIsAServiceError();
     void recordedFailureClosesTheConnection();
 
 private:
     static Cassette cassette();
+    /// Posts an advice note of \a quantity to the replaying emulator.
+    CurlResult postAdvice(int quantity);
+
+    std::unique_ptr<Emulator> m_emulator;
+    CurlClient m_client;
 };
 
 Cassette TestEmulatorReplay::cassette()
@@ -42,46 +50,43 @@ Cassette TestEmulatorReplay::cassette()
     return cassette;
 }
 
+void TestEmulatorReplay::init()
+{
+    m_emulator = std::make_unique<Emulator>();
+    m_emulator->replay(cassette());
+    QVERIFY(m_emulator->startInThread());
+}
+
+CurlResult TestEmulatorReplay::postAdvice(int quantity)
+{
+    const QUrl url = m_emulator->baseUrl().resolved(QUrl(QStringLiteral("/advicenote")));
+    return m_client.post(url, QStringLiteral(R"({"items":[{"quantity":%1}]})").arg(quantity).toUtf8(), {"Content-Type: application/json"});
+}
+
 void TestEmulatorReplay::answersRecordedRequests()
 {
-    Emulator emulator;
-    emulator.replay(cassette());
-    QVERIFY(emulator.startInThread());
-    CurlClient client;
-    const QUrl url = emulator.baseUrl().resolved(QUrl(QStringLiteral("/advicenote")));
-    const CurlResult result = client.post(url, R"({"items":[{"quantity":2}]})", {"Content-Type: application/json"});
+    const CurlResult result = postAdvice(2);
     QCOMPARE(result.status, 200L);
     QCOMPARE(result.body, QByteArray(R"({"Key4":"0/0/12/1"})"));
-    QCOMPARE(emulator.journal().entries().first().note, QStringLiteral("replayed 1 POST /advicenote"));
-    QVERIFY(emulator.player()->mismatches().isEmpty());
-    QCOMPARE(emulator.player()->unsent(), QStringList{QStringLiteral("2 POST /advicenote")});
+    QCOMPARE(m_emulator->journal().entries().first().note, QStringLiteral("replayed 1 POST /advicenote"));
+    QVERIFY(m_emulator->player()->mismatches().isEmpty());
+    QCOMPARE(m_emulator->player()->unsent(), QStringList{QStringLiteral("2 POST /advicenote")});
 }
 
 void TestEmulatorReplay::unmatchedRequestIsAServiceError()
 {
-    Emulator emulator;
-    emulator.replay(cassette());
-    QVERIFY(emulator.startInThread());
-    CurlClient client;
-    const QUrl url = emulator.baseUrl().resolved(QUrl(QStringLiteral("/advicenote")));
-    const CurlResult result = client.post(url, R"({"items":[{"quantity":9}]})", {"Content-Type: application/json"});
+    const CurlResult result = postAdvice(9);
     QCOMPARE(result.status, 500L);
     QCOMPARE(result.object().value(QStringLiteral("message")).toString(), QStringLiteral("No recorded exchange matches this request"));
-    const QString note = emulator.journal().entries().first().note;
+    const QString note = m_emulator->journal().entries().first().note;
     QCOMPARE(note, QStringLiteral("no recorded request matches POST /advicenote; nearest: 1 POST /advicenote; "
                                   "body, byte 22: recorded «{\"items\":[{\"quantity\":2}]}» sent «{\"items\":[{\"quantity\":9}]}»"));
-    QCOMPARE(emulator.player()->mismatches(), QStringList{note});
+    QCOMPARE(m_emulator->player()->mismatches(), QStringList{note});
 }
 
 void TestEmulatorReplay::recordedFailureClosesTheConnection()
 {
-    Emulator emulator;
-    emulator.replay(cassette());
-    QVERIFY(emulator.startInThread());
-    CurlClient client;
-    const QUrl url = emulator.baseUrl().resolved(QUrl(QStringLiteral("/advicenote")));
-    const CurlResult result = client.post(url, R"({"items":[{"quantity":3}]})", {"Content-Type: application/json"});
-    QVERIFY(!result.answered());
+    QVERIFY(!postAdvice(3).answered());
 }
 
 QTEST_GUILESS_MAIN(TestEmulatorReplay)

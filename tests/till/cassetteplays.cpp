@@ -60,12 +60,14 @@ bool record(const till::DemoRunner::Play &play, const QString &folder, Recording
 }
 
 bool replay(const till::DemoRunner::Play &play, const tessaro::contracts::Cassette &cassette, const QString &folder,
-            till::Report *report, QString *error)
+            till::Report *report, QString *error, const QMap<QString, QString> &config)
 {
     till::CassetteReplay replay;
     if (!replay.start(cassette, error))
         return false;
-    if (!playOn(play, replay.serviceUrl(), replay.tokenUrl(), replay.config(), folder, nullptr, report, error))
+    QMap<QString, QString> settings = config;
+    settings.insert(replay.config());
+    if (!playOn(play, replay.serviceUrl(), replay.tokenUrl(), settings, folder, nullptr, report, error))
         return false;
     report->failures << replay.failures();
     return true;

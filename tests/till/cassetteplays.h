@@ -28,9 +28,10 @@ struct Recording
 bool record(const till::DemoRunner::Play &play, const QString &folder, Recording *recording, QString *error,
             const QMap<QString, QString> &config = {}, const QByteArray &emulatorSettings = {});
 
-/// Replays \a play from \a cassette offline; the replay's failures are in the report.
+/// Replays \a play from \a cassette offline, \a config on top of the till's
+/// configuration; the replay's failures are in the report.
 bool replay(const till::DemoRunner::Play &play, const tessaro::contracts::Cassette &cassette, const QString &folder,
-            till::Report *report, QString *error);
+            till::Report *report, QString *error, const QMap<QString, QString> &config = {});
 
 /// Per action, its result and failures; then the run's own failures.
 QStringList verdicts(const till::Report &report);
