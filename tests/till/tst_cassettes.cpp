@@ -30,6 +30,7 @@ class TestCassettes : public QObject
 
 private slots:
     void commandLine();
+    void shellRecords();
     void recordThenReplay_data();
     void recordThenReplay();
     void secretsNeverRecorded_data();
@@ -48,20 +49,22 @@ private:
         QString out;
         QString err;
     };
-    static Result runProgram(const QString &program, const QStringList &arguments);
+    static Result runProgram(const QString &program, const QStringList &arguments, const QByteArray &input = {});
     QString write(const QString &name, const QByteArray &content);
     static QJsonObject committed(const QString &name);
 
     QTemporaryDir m_dir;
 };
 
-TestCassettes::Result TestCassettes::runProgram(const QString &program, const QStringList &arguments)
+TestCassettes::Result TestCassettes::runProgram(const QString &program, const QStringList &arguments, const QByteArray &input)
 {
     QProcess process;
     QEventLoop loop;
     connect(&process, &QProcess::finished, &loop, &QEventLoop::quit);
     QTimer::singleShot(120000, &loop, &QEventLoop::quit);
     process.start(program, arguments);
+    process.write(input);
+    process.closeWriteChannel();
     loop.exec();
     if (process.state() != QProcess::NotRunning) {
         process.kill();
@@ -116,6 +119,30 @@ void TestCassettes::commandLine()
                                                                           QStringLiteral("--replay"), file});
     QVERIFY2(replayed.code == 0, qPrintable(replayed.out + replayed.err));
     QVERIFY2(replayed.out.contains(QStringLiteral("Result: passed")), qPrintable(replayed.out));
+}
+
+void TestCassettes::shellRecords()
+{
+    tessaro::emulator::Emulator service;
+    QVERIFY(service.startInThread(0));
+    const QString data = m_dir.filePath(QStringLiteral("shell-till"));
+    QString error;
+    QVERIFY2(TillDataFolder(data).create(service.baseUrl().toString(), service.tokenUrl().toString(), &error), qPrintable(error));
+    const QString file = m_dir.filePath(QStringLiteral("shell.json"));
+    // The stand-in plug-in sends one request when a document closes.
+    const QByteArray input = "new-return\n12\n12\n01.02.2024\nadd 100 2 5\nreason 1\n2\npay 1 10\nclose\nquit\n";
+    const Result result = runProgram(QStringLiteral(TILL_EXECUTABLE),
+                                     {QStringLiteral("shell"), QStringLiteral("--data"), data, QStringLiteral("--plugins"),
+                                      QStringLiteral(TILL_FAKE_PLUGIN_DIR), QStringLiteral("--record"), file},
+                                     input);
+    QVERIFY2(result.code == 0, qPrintable(result.out + result.err));
+    QVERIFY2(result.out.contains(QStringLiteral("Recorded %1 exchange(s) with the service in %2").arg(service.journal().size()).arg(file)),
+             qPrintable(result.out));
+    const auto cassette = CassetteFile::read(file, &error);
+    QVERIFY2(cassette, qPrintable(error));
+    QCOMPARE(cassette->exchanges.size(), service.journal().size());
+    QVERIFY(!cassette->exchanges.isEmpty());
+    QCOMPARE(cassette->exchanges.last().action, QStringLiteral("close"));
 }
 
 void TestCassettes::recordThenReplay_data()
