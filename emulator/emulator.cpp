@@ -25,6 +25,7 @@ quint16 Emulator::start(quint16 port)
 {
     stop();
     m_frontend = new HttpFrontend(m_router, m_admin, m_journal, m_faults, m_clock);
+    m_frontend->setPlayer(m_player.get());
     m_port = m_frontend->serve(m_settings.address, port);
     if (m_port == 0)
         stop();
@@ -38,6 +39,7 @@ quint16 Emulator::startInThread(quint16 port)
     m_thread->setObjectName(QStringLiteral("tessaro-emulator"));
     m_thread->start();
     m_frontend = new HttpFrontend(m_router, m_admin, m_journal, m_faults, m_clock);
+    m_frontend->setPlayer(m_player.get());
     m_frontend->moveToThread(m_thread);
     quint16 served = 0;
     QMetaObject::invokeMethod(
@@ -97,6 +99,11 @@ QUrl Emulator::baseUrl() const
 QUrl Emulator::tokenUrl() const
 {
     return urlWithPath(m_settings.tokenPath);
+}
+
+void Emulator::replay(const contracts::Cassette &cassette)
+{
+    m_player = std::make_unique<CassettePlayer>(cassette);
 }
 
 void Emulator::releaseHeldConnections()

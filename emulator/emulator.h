@@ -1,6 +1,7 @@
 #pragma once
 
 #include "emulator/adminendpoints.h"
+#include "emulator/cassetteplayer.h"
 #include "emulator/clock.h"
 #include "emulator/emulatorsettings.h"
 #include "emulator/faultplan.h"
@@ -10,6 +11,8 @@
 #include "emulator/tokenissuer.h"
 
 #include <QUrl>
+
+#include <memory>
 
 QT_BEGIN_NAMESPACE
 class QThread;
@@ -57,6 +60,11 @@ public:
     QUrl tokenUrl() const;
     /// Closes the connections held by "hang" faults.
     void releaseHeldConnections();
+    /// From the next start on, answers the service paths and the token path
+    /// from \a cassette instead of its state (CassettePlayer).
+    void replay(const contracts::Cassette &cassette);
+    /// The player of replay(); null when the emulator is the service.
+    const CassettePlayer *player() const { return m_player.get(); }
 
     const EmulatorSettings &settings() const;
     Clock &clock();
@@ -76,6 +84,7 @@ private:
     TokenIssuer m_tokens;
     ServiceRouter m_router;
     AdminEndpoints m_admin;
+    std::unique_ptr<CassettePlayer> m_player;
     HttpFrontend *m_frontend = nullptr;
     QThread *m_thread = nullptr;
     quint16 m_port = 0;

@@ -1,6 +1,7 @@
 #include "emulator/httpfrontend.h"
 
 #include "emulator/adminendpoints.h"
+#include "emulator/cassetteplayer.h"
 #include "emulator/clock.h"
 #include "emulator/exchange.h"
 #include "emulator/faultplan.h"
@@ -72,6 +73,10 @@ bool HttpFrontend::handleRequest(const QHttpServerRequest &request, QTcpSocket *
         send(socket, m_admin.handle(exchange), exchange.keepAlive(), m_clock.now());
         return true;
     }
+    if (m_player) {
+        replay(exchange, m_journal.record(exchange), socket);
+        return true;
+    }
     const auto fault = m_faults.take(exchange.method, m_router.servicePath(exchange.path));
     const qint64 id = m_journal.record(exchange, fault ? Fault::kindName(fault->kind) : QString());
     if (fault)
@@ -137,6 +142,16 @@ void HttpFrontend::answer(QTcpSocket *socket, qint64 id, const Reply &reply, boo
     // its answer finds the request recorded with its status.
     m_journal.complete(id, JournalEntry::Outcome::Answered, reply.status());
     send(socket, reply, keepAlive, m_clock.now());
+}
+
+void HttpFrontend::replay(const Exchange &exchange, qint64 id, QTcpSocket *socket)
+{
+    const CassettePlayer::Answer played = m_player->answer(exchange);
+    m_journal.note(id, played.note);
+    if (played.reply)
+        answer(socket, id, *played.reply, exchange.keepAlive());
+    else
+        close(socket, id);
 }
 
 void HttpFrontend::answerLater(int delayMs, const Exchange &exchange, qint64 id, QTcpSocket *socket)

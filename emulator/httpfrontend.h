@@ -15,6 +15,7 @@ QT_END_NAMESPACE
 namespace tessaro::emulator {
 
 class AdminEndpoints;
+class CassettePlayer;
 class Clock;
 class Exchange;
 class FaultPlan;
@@ -41,6 +42,9 @@ public:
     quint16 serve(const QHostAddress &address, quint16 port);
     /// Closes the connections held by "hang" faults.
     void releaseHeldConnections();
+    /// Answers the service paths from \a player instead of the router (and
+    /// without faults); null returns to the router.
+    void setPlayer(CassettePlayer *player) { m_player = player; }
 
 protected:
     bool handleRequest(const QHttpServerRequest &request, QTcpSocket *socket) override;
@@ -49,6 +53,7 @@ protected:
 private:
     void strike(const Fault &fault, const Exchange &exchange, qint64 id, QTcpSocket *socket);
     void answer(QTcpSocket *socket, qint64 id, const Reply &reply, bool keepAlive);
+    void replay(const Exchange &exchange, qint64 id, QTcpSocket *socket);
     void answerLater(int delayMs, const Exchange &exchange, qint64 id, QTcpSocket *socket);
     void hold(QTcpSocket *socket, qint64 id, int releaseAfterMs);
     void close(QTcpSocket *socket, qint64 id);
@@ -60,6 +65,7 @@ private:
     FaultPlan &m_faults;
     const Clock &m_clock;
     QList<QPointer<QTcpSocket>> m_held;
+    CassettePlayer *m_player = nullptr;
 };
 
 } // namespace tessaro::emulator

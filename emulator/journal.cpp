@@ -28,6 +28,17 @@ void Journal::complete(qint64 id, JournalEntry::Outcome outcome, int status)
     }
 }
 
+void Journal::note(qint64 id, const QString &text)
+{
+    const QMutexLocker locker(&m_mutex);
+    for (auto it = m_entries.rbegin(); it != m_entries.rend(); ++it) {
+        if (it->id == id) {
+            it->note = text;
+            return;
+        }
+    }
+}
+
 QList<JournalEntry> Journal::entries() const
 {
     const QMutexLocker locker(&m_mutex);

@@ -18,6 +18,8 @@ public:
     qint64 record(const Exchange &exchange, const QString &fault = QString());
     /// Notes what became of the request with that id.
     void complete(qint64 id, JournalEntry::Outcome outcome, int status = 0);
+    /// Adds a remark to the request with that id (a replay's verdict).
+    void note(qint64 id, const QString &text);
 
     QList<JournalEntry> entries() const;
     /// The entries whose path ends with the given text, e.g. "/advicenote".

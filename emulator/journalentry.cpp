@@ -23,6 +23,8 @@ QJsonObject JournalEntry::toJson() const
     object.insert(QStringLiteral("outcome"), outcomeName(outcome));
     if (!fault.isEmpty())
         object.insert(QStringLiteral("fault"), fault);
+    if (!note.isEmpty())
+        object.insert(QStringLiteral("note"), note);
     return object;
 }
 

@@ -30,6 +30,7 @@ public:
     int status = 0;          ///< HTTP status answered; 0 when none was
     Outcome outcome = Outcome::Pending;
     QString fault;           ///< the fault kind that struck, if any
+    QString note;            ///< what a replay made of the request
 };
 
 } // namespace tessaro::emulator

@@ -1,6 +1,8 @@
 // tessaro-emulator: the Tessaro service emulator as a program.
 #include "emulator/emulator.h"
 
+#include <contracts/cassettefile.h>
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QTextStream>
@@ -49,7 +51,13 @@ int main(int argc, char *argv[])
     const QCommandLineOption configOption({QStringLiteral("c"), QStringLiteral("config")},
                                           QStringLiteral("JSON settings file (see docs/emulator.md)."),
                                           QStringLiteral("FILE"));
-    parser.addOptions({portOption, hostOption, configOption});
+    const QCommandLineOption replayOption(
+        QStringLiteral("replay"),
+        QStringLiteral("Answer from this cassette (recorded by tessaro-till --record) instead of emulating: each request gets the "
+                       "recorded answer of the recorded request it matches; one that matches none gets HTTP 500 and a journal "
+                       "entry naming the nearest recorded request and the first difference (docs/contracts.md)."),
+        QStringLiteral("CASSETTE"));
+    parser.addOptions({portOption, hostOption, configOption, replayOption});
     parser.process(app);
 
     EmulatorSettings settings;
@@ -75,12 +83,20 @@ int main(int argc, char *argv[])
     }
 
     Emulator emulator(settings);
+    if (parser.isSet(replayOption)) {
+        QString error;
+        const auto cassette = tessaro::contracts::CassetteFile::read(parser.value(replayOption), &error);
+        if (!cassette)
+            return fail(error, 2);
+        emulator.replay(*cassette);
+    }
     if (emulator.start(port) == 0)
         return fail(QStringLiteral("cannot listen on %1 port %2").arg(settings.address.toString()).arg(port), 1);
 
     QTextStream(stdout) << emulator.port() << Qt::endl;
     QTextStream(stderr) << "tessaro-emulator: serving " << emulator.baseUrl().toString() << ", token path "
                         << emulator.tokenUrl().toString() << ", auth " << authModeName(settings.authMode)
+                        << (emulator.player() ? QStringLiteral(", replaying %1").arg(parser.value(replayOption)) : QString())
                         << Qt::endl;
     return QCoreApplication::exec();
 }

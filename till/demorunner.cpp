@@ -1,5 +1,6 @@
 #include "demorunner.h"
 
+#include "cassetterecorder.h"
 #include "reportwriter.h"
 #include "scenarioparser.h"
 #include "scenariorunner.h"
@@ -38,7 +39,7 @@ QList<DemoRunner::Play> DemoRunner::bundled()
 }
 
 bool DemoRunner::play(const Play &play, const QString &folder, const QString &pluginFolder, Report *report, QString *error,
-                      const std::function<void(const ActionRecord &, int)> &onRecord)
+                      const std::function<void(const ActionRecord &, int)> &onRecord, CassetteRecorder *recorder)
 {
     ScenarioParser parser(play.name);
     const std::optional<Scenario> scenario = parser.parse(play.scenario);
@@ -64,6 +65,7 @@ bool DemoRunner::play(const Play &play, const QString &folder, const QString &pl
     ScenarioRunner::Options options;
     options.pluginFolder = pluginFolder;
     options.onRecord = onRecord;
+    options.recorder = recorder;
     ScenarioRunner runner(till, *scenario, play.scenario, play.name);
     if (!runner.run(options, report, error))
         return false;
@@ -97,12 +99,21 @@ int DemoRunner::run(const QString &pluginFolder, const QString &keepFolder)
         *m_out << Qt::endl << QStringLiteral("== %1").arg(play.name) << Qt::endl;
         Report report;
         QString error;
-        const bool ran = DemoRunner::play(play, base.filePath(play.name), pluginFolder, &report, &error,
+        CassetteRecorder recorder;
+        const bool recording = !m_cassetteFolder.isEmpty();
+        bool ran = DemoRunner::play(play, base.filePath(play.name), pluginFolder, &report, &error,
                                           [this](const ActionRecord &record, int count) {
                                               *m_out << QStringLiteral("  ") << ReportWriter::progressLine(record, count) << Qt::endl;
                                               for (const QString &failure : record.failures)
                                                   *m_out << QStringLiteral("      FAILED  ") << failure << Qt::endl;
-                                          });
+                                          },
+                                          recording ? &recorder : nullptr);
+        if (ran && recording) {
+            const QString file = QDir(m_cassetteFolder).filePath(play.name + QStringLiteral(".json"));
+            ran = QDir().mkpath(m_cassetteFolder) && recorder.write(file, &error);
+            if (ran)
+                *m_out << QStringLiteral("  recorded %1 exchange(s) in %2").arg(recorder.size()).arg(file) << Qt::endl;
+        }
         const QStringList failures = ran ? report.failures : QStringList{error};
         for (const QString &failure : failures)
             *m_out << QStringLiteral("  FAILED  ") << failure << Qt::endl;

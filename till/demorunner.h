@@ -12,6 +12,8 @@ class QTextStream;
 
 namespace till {
 
+class CassetteRecorder;
+
 /// Plays the bundled scenarios against the Tessaro service emulator, which
 /// runs in the process on a free loopback port: one fresh emulator and one
 /// fresh till per scenario, a progress line per step, and a closing summary.
@@ -32,8 +34,9 @@ public:
     /// Plays \a play in a new till in \a folder against a new emulator. The
     /// till restarts within the process, since the emulator lives in it. The
     /// emulator's journal is compared with the requests the till recorded.
+    /// \a recorder, when given, keeps the exchanges with the emulator.
     static bool play(const Play &play, const QString &folder, const QString &pluginFolder, Report *report, QString *error,
-                     const std::function<void(const ActionRecord &, int)> &onRecord = {});
+                     const std::function<void(const ActionRecord &, int)> &onRecord = {}, CassetteRecorder *recorder = nullptr);
 
     explicit DemoRunner(QTextStream *out);
 
@@ -41,9 +44,12 @@ public:
     /// (one folder per scenario) instead of in a temporary folder. Returns 0
     /// when every scenario passed.
     int run(const QString &pluginFolder, const QString &keepFolder);
+    /// Records each scenario's exchanges in \a folder/<scenario>.json; empty: none.
+    void setCassetteFolder(const QString &folder) { m_cassetteFolder = folder; }
 
 private:
     QTextStream *m_out;
+    QString m_cassetteFolder;
 };
 
 } // namespace till

@@ -1,6 +1,8 @@
 #include "recordingrestclient.h"
 
 #include "actionlog.h"
+#include "cassetterecorder.h"
+
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -28,35 +30,43 @@ QJsonValue bodyOf(const QByteArray &raw)
 
 } // namespace
 
-RecordingRestClient::RecordingRestClient(ActionLog *log)
+RecordingRestClient::RecordingRestClient(ActionLog *log, CassetteRecorder *recorder)
     : m_log(log)
+    , m_recorder(recorder)
 {
 }
 
 bool RecordingRestClient::post(const QUrl &url, const QJsonDocument &body, const Headers &headers)
 {
+    m_timer.start();
     const bool ok = RestClient::post(url, body, headers);
-    record(QStringLiteral("POST"), url, bodyOf(body));
+    // The host sends a JSON document in its compact form.
+    record(QStringLiteral("POST"), url, bodyOf(body), headers, body.toJson(QJsonDocument::Compact));
     return ok;
 }
 
 bool RecordingRestClient::get(const QUrl &url, const QJsonDocument &body, const Headers &headers)
 {
+    m_timer.start();
     const bool ok = RestClient::get(url, body, headers);
-    record(QStringLiteral("GET"), url, QJsonValue::Undefined);
+    record(QStringLiteral("GET"), url, QJsonValue::Undefined, headers, QByteArray());
     return ok;
 }
 
 bool RecordingRestClient::postRaw(const QUrl &url, const QByteArray &body, const Headers &headers)
 {
+    m_timer.start();
     const bool ok = RestClient::postRaw(url, body, headers);
-    record(QStringLiteral("POST"), url, bodyOf(body));
+    record(QStringLiteral("POST"), url, bodyOf(body), headers, body);
     return ok;
 }
 
-void RecordingRestClient::record(const QString &method, const QUrl &url, const QJsonValue &body)
+void RecordingRestClient::record(const QString &method, const QUrl &url, const QJsonValue &body, const Headers &headers,
+                                 const QByteArray &sent)
 {
     const http::Response response = lastResponse();
+    if (m_recorder)
+        m_recorder->record(method, url, headers, sent, response, m_timer.elapsed(), m_log->current().title);
     RequestRecord request;
     request.method = method;
     request.url = url.toString();

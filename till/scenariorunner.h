@@ -15,6 +15,7 @@
 namespace till {
 
 class ActionLog;
+class CassetteRecorder;
 class CashierScript;
 class Till;
 class TillActions;
@@ -37,6 +38,8 @@ public:
         std::function<void()> restartProcess;
         /// Told of every record as soon as it is complete.
         std::function<void(const ActionRecord &record, int actionCount)> onRecord;
+        /// Keeps every exchange with the service in a cassette; null: none.
+        CassetteRecorder *recorder = nullptr;
     };
 
     /// \a source is the scenario file's content: its hash names the run's progress.

@@ -51,6 +51,7 @@ int ShellSession::run(const QString &pluginFolder)
     TerminalCashier cashier(m_in, m_out);
     ActionLog log;
     Till till(m_folder, &cashier, &log);
+    till.setRecorder(m_recorder);
     TillActions actions(&till, &log);
     QString error;
     log.begin(0, QStringLiteral("start"), QStringLiteral("the till starts"));

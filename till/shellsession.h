@@ -9,6 +9,7 @@ class QTextStream;
 namespace till {
 
 class ActionLog;
+class CassetteRecorder;
 class Till;
 class TillActions;
 
@@ -24,6 +25,8 @@ public:
     int run(const QString &pluginFolder);
 
     static QString help();
+    /// Keeps every exchange with the service in \a recorder (null: none).
+    void setRecorder(CassetteRecorder *recorder) { m_recorder = recorder; }
 
 private:
     /// Runs one command line; false for "quit".
@@ -33,6 +36,7 @@ private:
     TillDataFolder m_folder;
     QTextStream *m_in;
     QTextStream *m_out;
+    CassetteRecorder *m_recorder = nullptr;
 };
 
 } // namespace till

@@ -1,6 +1,7 @@
 #include "till.h"
 
 #include "actionlog.h"
+#include "cassetterecorder.h"
 #include "formpresenter.h"
 #include "hostactions.h"
 #include "recordingrestclient.h"
@@ -51,6 +52,8 @@ bool Till::start(const QString &pluginFolder, const TillSettings &overrides, QSt
         return false;
     if (!m_plugin.load(pluginFolder, error))
         return false;
+    if (m_recorder)
+        m_recorder->setPluginVersion(CassetteRecorder::pluginVersion(m_plugin.metaData()));
     m_pipeline.addPlugin(m_plugin.plugin());
     return startPlugin(error);
 }
@@ -119,7 +122,12 @@ bool Till::installHost(QString *error)
 
     MockFactory<Dialog>::setInstance(QSharedPointer<TillDialog>::create(m_cashier, m_log));
     ActionLog *log = m_log;
-    MockFactory<RestClient>::setCreator([log] { return QSharedPointer<RestClient>(new RecordingRestClient(log)); });
+    CassetteRecorder *recorder = m_recorder;
+    if (recorder) {
+        const Config *config = Singleton<Config>::instance();
+        recorder->setAddresses(config->getString(QStringLiteral("Tessaro:url")), config->getString(QStringLiteral("Tessaro:tokenUrl")));
+    }
+    MockFactory<RestClient>::setCreator([log, recorder] { return QSharedPointer<RestClient>(new RecordingRestClient(log, recorder)); });
     if (m_hostInstaller)
         m_hostInstaller();
     return true;

@@ -20,6 +20,7 @@ class BasicLoyaltySystem;
 namespace till {
 
 class ActionLog;
+class CassetteRecorder;
 class Cashier;
 class FormPresenter;
 class HostActions;
@@ -51,6 +52,9 @@ public:
     /// at every restart), before the plug-in's init: a harness puts its own
     /// substitutes (clock, REST client) in place there.
     void setHostInstaller(const std::function<void()> &install) { m_hostInstaller = install; }
+    /// Also keeps every exchange with the service in \a recorder (null: none),
+    /// from the next start on.
+    void setRecorder(CassetteRecorder *recorder) { m_recorder = recorder; }
 
     const TillDataFolder &folder() const { return m_folder; }
     const TillSettings &settings() const { return m_settings; }
@@ -92,6 +96,7 @@ private:
     std::unique_ptr<FormPresenter> m_presenter;
     std::unique_ptr<HostActions> m_hostActions;
     std::function<void()> m_hostInstaller;
+    CassetteRecorder *m_recorder = nullptr;
 };
 
 } // namespace till

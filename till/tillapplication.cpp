@@ -1,5 +1,8 @@
 #include "tillapplication.h"
 
+#include "cassetterecorder.h"
+#include "cassettereplay.h"
+#include "contractcommand.h"
 #include "demorunner.h"
 #include "pluginhost.h"
 #include "reportwriter.h"
@@ -18,7 +21,10 @@
 #include <QJsonDocument>
 #include <QLoggingCategory>
 #include <QRandomGenerator>
+#include <QTemporaryDir>
 #include <QTextStream>
+
+#include <contracts/cassettefile.h>
 
 #include <cstdio>
 #include <unistd.h>
@@ -51,6 +57,26 @@ QCommandLineOption pluginsOption()
     return QCommandLineOption(QStringLiteral("plugins"),
                               QStringLiteral("The folder holding libtessaroback.so (default: %1).").arg(TillApplication::defaultPluginFolder()),
                               QStringLiteral("DIR"));
+}
+
+QCommandLineOption recordOption()
+{
+    return QCommandLineOption(QStringLiteral("record"),
+                              QStringLiteral("Keep every exchange with the service in the cassette FILE (docs/contracts.md); "
+                                             "secrets become placeholders."),
+                              QStringLiteral("FILE"));
+}
+
+/// Writes the recorder's cassette; false after saying why.
+bool writeCassette(const CassetteRecorder &recorder, const QString &file)
+{
+    QString error;
+    if (!recorder.write(file, &error)) {
+        err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
+        return false;
+    }
+    out() << QStringLiteral("Recorded %1 exchange(s) with the service in %2").arg(recorder.size()).arg(file) << Qt::endl;
+    return true;
 }
 
 QCommandLineOption verboseOption()
@@ -110,7 +136,7 @@ int TillApplication::usage(const QString &problem) const
 {
     if (!problem.isEmpty())
         err() << QStringLiteral("tessaro-till: ") << problem << Qt::endl;
-    err() << QStringLiteral("usage: tessaro-till init|run|shell|demo|check|simulate [options]; tessaro-till COMMAND --help for more") << Qt::endl;
+    err() << QStringLiteral("usage: tessaro-till init|run|shell|demo|check|simulate|contract [options]; tessaro-till COMMAND --help for more") << Qt::endl;
     return BadInput;
 }
 
@@ -149,6 +175,8 @@ int TillApplication::exec()
         return simulate(arguments);
     if (command == QLatin1String("check"))
         return check(arguments);
+    if (command == QLatin1String("contract"))
+        return contract(arguments);
     if (command == QLatin1String("--help") || command == QLatin1String("-h") || command == QLatin1String("help")) {
         out() << QStringLiteral(
             "tessaro-till: a till that loads the TessaroBack plug-in as the POS host does.\n\n"
@@ -157,7 +185,8 @@ int TillApplication::exec()
             "  tessaro-till shell [--data DIR]                     work the till at the terminal\n"
             "  tessaro-till demo                                   play the bundled scenarios against the emulator\n"
             "  tessaro-till check [--data DIR | --config FILE]     check a till's configuration and its way to the service\n"
-            "  tessaro-till simulate [--seed N] [--sessions N]     random sessions with faults and kills, every invariant checked\n\n"
+            "  tessaro-till simulate [--seed N] [--sessions N]     random sessions with faults and kills, every invariant checked\n"
+            "  tessaro-till contract CASSETTE [--against URL]      compare a service's answers with a recorded session's\n\n"
             "tessaro-till COMMAND --help describes each command.\n");
         return Passed;
     }
@@ -199,7 +228,13 @@ int TillApplication::run(const QStringList &arguments)
     const QCommandLineOption inProcess(QStringLiteral("restart-in-process"),
                                        QStringLiteral("Restart the till within the process instead of replacing the process."));
     const QCommandLineOption verbose = verboseOption();
-    parser.addOptions({data, plugins, report, again, inProcess, verbose});
+    const QCommandLineOption record = recordOption();
+    const QCommandLineOption replay(QStringLiteral("replay"),
+                                    QStringLiteral("Play the scenario offline: the service's answers come from the cassette FILE, on a new till in "
+                                                   "a temporary folder unless --data is given. A request that was not recorded, or a "
+                                                   "recorded one not sent, fails the run."),
+                                    QStringLiteral("FILE"));
+    parser.addOptions({data, plugins, report, again, inProcess, verbose, record, replay});
     parser.addPositionalArgument(QStringLiteral("SCENARIO"), QStringLiteral("The scenario file (docs/scenarios.md)."));
     const int parsed = parse(&parser, arguments,
                              QStringLiteral("Plays a scenario on the till and reports each action's hooks, dialogs and requests.\n"
@@ -219,17 +254,40 @@ int TillApplication::run(const QStringList &arguments)
     }
     const QByteArray content = source.readAll();
     ScenarioParser scenarioParser(file);
-    const std::optional<Scenario> scenario = scenarioParser.parse(content);
+    std::optional<Scenario> scenario = scenarioParser.parse(content);
     if (!scenario) {
         err() << QStringLiteral("tessaro-till: ") << scenarioParser.error().toString() << Qt::endl;
         return BadInput;
     }
 
-    const TillDataFolder folder(parser.value(data));
+    // A cassette holds one whole run in one process: it starts over and restarts within the process.
+    const bool cassette = parser.isSet(record) || parser.isSet(replay);
+    QString dataPath = parser.value(data);
+    QTemporaryDir replayFolder;
+    CassetteReplay replayer;
+    if (parser.isSet(replay)) {
+        QString error;
+        const auto recorded = tessaro::contracts::CassetteFile::read(parser.value(replay), &error);
+        if (!recorded) {
+            err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
+            return BadInput;
+        }
+        if (!replayer.start(*recorded, &error)
+            || (!parser.isSet(data) && !TillDataFolder(dataPath = replayFolder.path()).create(replayer.serviceUrl(), replayer.tokenUrl(), &error))) {
+            err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
+            return CannotRun;
+        }
+        scenario->till.config.insert(replayer.config());
+    }
+    CassetteRecorder recorder;
+
+    const TillDataFolder folder(dataPath);
     ScenarioRunner::Options options;
     options.pluginFolder = parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder();
-    options.again = parser.isSet(again);
-    if (!parser.isSet(inProcess)) {
+    options.again = parser.isSet(again) || cassette;
+    if (parser.isSet(record))
+        options.recorder = &recorder;
+    if (!parser.isSet(inProcess) && !cassette) {
         const QStringList command = m_arguments;
         options.restartProcess = [command] { replaceProcess(command); };
     }
@@ -242,6 +300,9 @@ int TillApplication::run(const QStringList &arguments)
         err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
         return CannotRun;
     }
+    result.failures << replayer.failures();
+    if (parser.isSet(record) && !writeCassette(recorder, parser.value(record)))
+        return CannotRun;
     out() << Qt::endl << ReportWriter::text(result);
     if (parser.isSet(report) && !ReportWriter::writeJson(result, parser.value(report), &error)) {
         err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
@@ -256,7 +317,8 @@ int TillApplication::shell(const QStringList &arguments)
     const QCommandLineOption data = dataOption();
     const QCommandLineOption plugins = pluginsOption();
     const QCommandLineOption verbose = verboseOption();
-    parser.addOptions({data, plugins, verbose});
+    const QCommandLineOption record = recordOption();
+    parser.addOptions({data, plugins, verbose, record});
     const int parsed = parse(&parser, arguments,
                              QStringLiteral("Works the till at the terminal: type commands, answer the plug-in's dialogs.\n\n")
                                  + ShellSession::help());
@@ -265,7 +327,13 @@ int TillApplication::shell(const QStringList &arguments)
     quietenLogs(parser.isSet(verbose));
     QTextStream in(stdin);
     ShellSession session(TillDataFolder(parser.value(data)), &in, &out());
-    return session.run(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder());
+    CassetteRecorder recorder;
+    if (parser.isSet(record))
+        session.setRecorder(&recorder);
+    const int code = session.run(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder());
+    if (parser.isSet(record) && !writeCassette(recorder, parser.value(record)))
+        return CannotRun;
+    return code;
 }
 
 int TillApplication::demo(const QStringList &arguments)
@@ -274,7 +342,11 @@ int TillApplication::demo(const QStringList &arguments)
     const QCommandLineOption plugins = pluginsOption();
     const QCommandLineOption keep(QStringLiteral("keep"), QStringLiteral("Keep the tills in DIR, one folder per scenario."), QStringLiteral("DIR"));
     const QCommandLineOption verbose = verboseOption();
-    parser.addOptions({plugins, keep, verbose});
+    const QCommandLineOption record(QStringLiteral("record"),
+                                    QStringLiteral("Keep each scenario's exchanges with the emulator in DIR/<scenario>.json, a cassette "
+                                                   "(docs/contracts.md)."),
+                                    QStringLiteral("DIR"));
+    parser.addOptions({plugins, keep, verbose, record});
     const int parsed = parse(&parser, arguments,
                              QStringLiteral("Plays the bundled scenarios, each on a new till against the Tessaro service emulator,\n"
                                             "which runs in this process on a free loopback port."));
@@ -282,6 +354,7 @@ int TillApplication::demo(const QStringList &arguments)
         return parsed;
     quietenLogs(parser.isSet(verbose));
     DemoRunner demo(&out());
+    demo.setCassetteFolder(parser.value(record));
     return demo.run(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder(), parser.value(keep)) == 0 ? Passed : Failed;
 }
 
@@ -366,6 +439,50 @@ int TillApplication::simulate(const QStringList &arguments)
         return ok ? command.replay(session) : usage(QStringLiteral("simulate: --replay takes a seed"));
     }
     return command.run();
+}
+
+int TillApplication::contract(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption against(QStringLiteral("against"),
+                                     QStringLiteral("Send to the service at URL (its \"Tessaro:url\") instead of an emulator in this process; "
+                                                    "only the token request and GETs unless --allow-writes."),
+                                     QStringLiteral("URL"));
+    const QCommandLineOption tokenUrl(QStringLiteral("token-url"), QStringLiteral("With --against: the token address (default: URL/token)."),
+                                      QStringLiteral("URL"));
+    const QCommandLineOption allowWrites(QStringLiteral("allow-writes"),
+                                         QStringLiteral("With --against: send the writes too. An advice note sent to a live service is a real return."));
+    const QCommandLineOption rules(QStringLiteral("rules"),
+                                   QStringLiteral("Drift rules: {\"vary\": [...], \"ignore\": [...]}, the fields whose values may change "
+                                                  "(docs/contracts.md)."),
+                                   QStringLiteral("FILE"));
+    const QCommandLineOption emulatorSettings(QStringLiteral("emulator-settings"),
+                                              QStringLiteral("Without --against: the emulator's settings (docs/emulator.md)."), QStringLiteral("FILE"));
+    const QCommandLineOption data(QStringLiteral("data"),
+                                  QStringLiteral("The till whose \"Tessaro:authorizationHeader\" the token request carries."), QStringLiteral("DIR"));
+    parser.addOptions({against, tokenUrl, allowWrites, rules, emulatorSettings, data});
+    parser.addPositionalArgument(QStringLiteral("CASSETTE"), QStringLiteral("The recorded session (tessaro-till run --record)."));
+    const int parsed = parse(&parser, arguments,
+                             QStringLiteral("Sends a cassette's requests to the emulator or to a service and compares every answer with the\n"
+                                            "recorded one by contract: status, keys present and missing, value types, arrays empty or not,\n"
+                                            "values unless the rules let them vary. One line per request, then a summary.\n\n"
+                                            "Exit code: 0 no drift, 1 drift, 2 a wrong command line, cassette or rules file, 3 cannot run."));
+    if (parsed >= 0)
+        return parsed;
+    if (parser.positionalArguments().size() != 1)
+        return usage(QStringLiteral("contract takes one cassette file"));
+    if (parser.isSet(against) && parser.isSet(emulatorSettings))
+        return usage(QStringLiteral("contract: --emulator-settings is for the emulator, not for --against"));
+    ContractCommand::Options options;
+    options.cassette = parser.positionalArguments().first();
+    options.against = parser.value(against);
+    options.tokenUrl = parser.value(tokenUrl);
+    options.rulesFile = parser.value(rules);
+    options.emulatorSettings = parser.value(emulatorSettings);
+    options.dataFolder = parser.value(data);
+    options.allowWrites = parser.isSet(allowWrites);
+    quietenLogs(false);
+    return ContractCommand(options, &out(), &err()).run();
 }
 
 int TillApplication::check(const QStringList &arguments)

@@ -33,6 +33,7 @@ private:
     int demo(const QStringList &arguments);
     int simulate(const QStringList &arguments);
     int check(const QStringList &arguments);
+    int contract(const QStringList &arguments);
     int usage(const QString &problem) const;
 
     /// Parses \a arguments; returns -1 to go on, or an exit code (after --help or an error).

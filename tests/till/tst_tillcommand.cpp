@@ -105,6 +105,7 @@ void TestTillCommand::everyCommandHasHelp_data()
     QTest::newRow("shell") << QStringLiteral("shell") << QStringLiteral("new-return-by-sale");
     QTest::newRow("demo") << QStringLiteral("demo") << QStringLiteral("bundled scenarios");
     QTest::newRow("check") << QStringLiteral("check") << QStringLiteral("--json");
+    QTest::newRow("contract") << QStringLiteral("contract") << QStringLiteral("--allow-writes");
 }
 
 void TestTillCommand::everyCommandHasHelp()

@@ -1,0 +1,97 @@
+#include "cassetteplays.h"
+
+#include "cassetterecorder.h"
+#include "cassettereplay.h"
+#include "scenarioparser.h"
+#include "scenariorunner.h"
+#include "tilldatafolder.h"
+
+#include <emulator/emulator.h>
+
+#include <QJsonDocument>
+
+namespace cassetteplays {
+
+namespace {
+
+bool playOn(const till::DemoRunner::Play &play, const QString &serviceUrl, const QString &tokenUrl, const QMap<QString, QString> &config,
+            const QString &folder, till::CassetteRecorder *recorder, till::Report *report, QString *error)
+{
+    till::ScenarioParser parser(play.name);
+    std::optional<till::Scenario> scenario = parser.parse(play.scenario);
+    if (!scenario) {
+        *error = parser.error().toString();
+        return false;
+    }
+    scenario->till.config.insert(config);
+    const till::TillDataFolder till(folder);
+    if (!till.create(serviceUrl, tokenUrl, error))
+        return false;
+    till::ScenarioRunner::Options options;
+    options.pluginFolder = QStringLiteral(TILL_PLUGIN_DIR);
+    options.again = true;
+    options.recorder = recorder;
+    till::ScenarioRunner runner(till, *scenario, play.scenario, play.name);
+    return runner.run(options, report, error);
+}
+
+} // namespace
+
+bool record(const till::DemoRunner::Play &play, const QString &folder, Recording *recording, QString *error,
+            const QMap<QString, QString> &config, const QByteArray &emulatorSettings)
+{
+    const QByteArray json = emulatorSettings.isEmpty() ? play.emulatorSettings : emulatorSettings;
+    std::optional<tessaro::emulator::EmulatorSettings> settings = tessaro::emulator::EmulatorSettings();
+    if (!json.isEmpty())
+        settings = tessaro::emulator::EmulatorSettings::fromJson(QJsonDocument::fromJson(json).object(), error);
+    if (!settings)
+        return false;
+    tessaro::emulator::Emulator emulator(*settings);
+    if (emulator.startInThread(0) == 0) {
+        *error = QStringLiteral("the emulator cannot listen");
+        return false;
+    }
+    till::CassetteRecorder recorder;
+    if (!playOn(play, emulator.baseUrl().toString(), emulator.tokenUrl().toString(), config, folder, &recorder, &recording->report, error))
+        return false;
+    recording->cassette = recorder.cassette();
+    recording->journal = emulator.journal().entries();
+    return true;
+}
+
+bool replay(const till::DemoRunner::Play &play, const tessaro::contracts::Cassette &cassette, const QString &folder,
+            till::Report *report, QString *error, const QMap<QString, QString> &config)
+{
+    till::CassetteReplay replay;
+    if (!replay.start(cassette, error))
+        return false;
+    QMap<QString, QString> settings = config;
+    settings.insert(replay.config());
+    if (!playOn(play, replay.serviceUrl(), replay.tokenUrl(), settings, folder, nullptr, report, error))
+        return false;
+    report->failures << replay.failures();
+    return true;
+}
+
+QStringList verdicts(const till::Report &report)
+{
+    QStringList list;
+    for (const till::ActionRecord &action : report.actions) {
+        list << QStringLiteral("%1 %2 → %3 %4")
+                    .arg(action.index)
+                    .arg(action.type, action.result ? QString::number(*action.result) : QStringLiteral("-"), action.failures.join(QLatin1Char('|')));
+    }
+    list << report.failures;
+    return list;
+}
+
+till::DemoRunner::Play bundled(const QString &name)
+{
+    for (const till::DemoRunner::Play &play : till::DemoRunner::bundled()) {
+        if (play.name == name)
+            return play;
+    }
+    return {};
+}
+
+} // namespace cassetteplays
