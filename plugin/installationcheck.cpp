@@ -48,12 +48,11 @@ QJsonObject urlSetting(const QString &key, const QUrl &value)
     setting.insert(QStringLiteral("valid"), value.isValid() && !value.host().isEmpty());
     // What makes an address unusable although it parses: the till judges these.
     const QString text = config()->getString(key);
-    // QUrl keeps control characters percent-encoded even when asked to decode.
-    static const QRegularExpression control(QStringLiteral("[\\x00-\\x1f\\x7f]|%(?:[01][0-9a-f]|7f)"),
-                                            QRegularExpression::CaseInsensitiveOption);
+    // QUrl keeps control characters percent-encoded, even when asked to decode.
+    static const QRegularExpression control(QStringLiteral("%(?:[01][0-9a-f]|7f)"), QRegularExpression::CaseInsensitiveOption);
     setting.insert(QStringLiteral("length"), text.size());
     setting.insert(QStringLiteral("blanks"), std::any_of(text.cbegin(), text.cend(), [](QChar c) { return c.isSpace(); }));
-    setting.insert(QStringLiteral("controlCharacters"), control.match(text).hasMatch() || control.match(QString::fromLatin1(value.toEncoded())).hasMatch());
+    setting.insert(QStringLiteral("controlCharacters"), control.match(QString::fromLatin1(value.toEncoded())).hasMatch());
     setting.insert(QStringLiteral("pathEndsWithSlash"), value.path().endsWith(QLatin1Char('/')));
     return setting;
 }

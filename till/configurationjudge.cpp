@@ -116,6 +116,27 @@ QJsonObject ConfigurationJudge::setting(const QString &key) const
     return QJsonObject();
 }
 
+bool ConfigurationJudge::addressUsable(const QString &key) const
+{
+    const QJsonObject address = setting(key);
+    const QString scheme = address.value(QStringLiteral("scheme")).toString();
+    return address.value(QStringLiteral("valid")).toBool() && (scheme == QLatin1String("http") || scheme == QLatin1String("https"))
+        && !address.value(QStringLiteral("controlCharacters")).toBool() && !address.value(QStringLiteral("blanks")).toBool()
+        && address.value(QStringLiteral("length")).toInteger() <= longestAddress;
+}
+
+void ConfigurationJudge::judgeCuts(const QList<ConfigFileText::Cut> &cuts, CheckReport *report) const
+{
+    for (const ConfigFileText::Cut &cut : cuts) {
+        const QString name = cut.section.startsWith(QLatin1String("Tessaro.")) ? QStringLiteral("[%1] %2").arg(cut.section, cut.key)
+                                                                                 : QStringLiteral("%1:%2").arg(cut.section, cut.key);
+        report->failure(name,
+                        QStringLiteral("%1 is cut at \";\", which starts a comment in the configuration file: the plug-in reads %2")
+                            .arg(quoted(cut.written), quoted(cut.kept)),
+                        QStringLiteral("separate list items with commas, and put a value that must hold \";\" in double quotes"));
+    }
+}
+
 bool ConfigurationJudge::gatewayOn() const
 {
     return setting(QStringLiteral("OrvelGate:tessaro")).value(QStringLiteral("value")).toBool();

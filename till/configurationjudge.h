@@ -1,5 +1,7 @@
 #pragma once
 
+#include "configfiletext.h"
+
 #include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -36,9 +38,15 @@ public:
     ConfigurationJudge(const QJsonObject &pluginReport, const std::optional<QHash<int, QString>> &currencies);
 
     void judge(CheckReport *report) const;
+    /// Values that the configuration file's format cuts at a ";": what the
+    /// plug-in reads is not what was written.
+    void judgeCuts(const QList<ConfigFileText::Cut> &cuts, CheckReport *report) const;
 
     /// The setting \a key of the plug-in's report (empty when absent).
     QJsonObject setting(const QString &key) const;
+    /// Whether the address \a key is worth probing: it parses as http or
+    /// https with a host, and holds nothing that no request can carry.
+    bool addressUsable(const QString &key) const;
     bool gatewayOn() const;
     bool tokenAuthUsed() const;
 

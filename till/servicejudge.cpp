@@ -219,6 +219,12 @@ void ServiceJudge::judgeClock(const NetworkProbe::Outcome &service, CheckReport 
         report->warning(name, QStringLiteral("not compared: the service cannot be reached"), QStringLiteral("fix the way to the service first"));
         return;
     }
+    if (service.answerTooLarge) {
+        report->warning(name, QStringLiteral("not compared: the head of the service's answer went on past %1 MiB unread")
+                                  .arg(NetworkProbe::maxAnswerBytes / (1024 * 1024)),
+                        QStringLiteral("check that Tessaro:url names the service; compare the till's clock with a time server"));
+        return;
+    }
     if (!service.serviceTime) {
         report->warning(name, QStringLiteral("not compared: the service's answer had no Date header"),
                         QStringLiteral("compare the till's clock with a time server"));

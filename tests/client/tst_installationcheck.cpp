@@ -25,6 +25,8 @@ private slots:
     void optionsLeaveTheExchangesOut();
     void withoutTokenAuthTheRequestGoesAlone();
     void refusedRequestIsDescribed();
+    void answerShapeIsNamed_data();
+    void answerShapeIsNamed();
     void lostConnectionIsDescribed();
     void gatewayRefusalIsNamed();
     void signingIsReported_data();
@@ -92,6 +94,8 @@ void TestInstallationCheck::settingIsReportedAsThePluginReadsIt_data()
     token.insert(QStringLiteral("pathEndsWithSlash"), false);
     QTest::newRow("token url") << Map{{QStringLiteral("Tessaro:tokenUrl"), QStringLiteral("http://tessaro.test:8080/a b%00")}}
                                << "Tessaro:tokenUrl" << token;
+    QTest::newRow("url with a unit separator") << Map{{QStringLiteral("Tessaro:url"), QStringLiteral("http://tessaro.test/a%1Fb")}} << "Tessaro:url"
+                                               << QJsonObject{{QStringLiteral("controlCharacters"), true}, {QStringLiteral("blanks"), false}};
     QJsonObject plainHttp{{QStringLiteral("port"), 80}, {QStringLiteral("valid"), false}, {QStringLiteral("host"), QString()}};
     QTest::newRow("url without host") << Map{{QStringLiteral("Tessaro:url"), QStringLiteral("http:///api")}} << "Tessaro:url" << plainHttp;
 
@@ -151,6 +155,11 @@ void TestInstallationCheck::settingIsReportedAsThePluginReadsIt_data()
                                          << plain(QStringLiteral("Tessaro:operationIdAsEFTApprovalCode"), true, QStringLiteral("4"), QJsonArray{4});
     QTest::newRow("gateway") << Map{{QStringLiteral("OrvelGate:tessaro"), QStringLiteral("true")}} << "OrvelGate:tessaro"
                              << plain(QStringLiteral("OrvelGate:tessaro"), true, QStringLiteral("true"), true);
+    QTest::newRow("gateway unset") << Map{} << "OrvelGate:tessaro" << plain(QStringLiteral("OrvelGate:tessaro"), false, QString(), false);
+    QTest::newRow("byChange unset") << Map{} << "TessaroBack.PaymentRoundingAmount:byChange"
+                                    << plain(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"), false, QString(), true);
+    QTest::newRow("fiscalRound unset") << Map{} << "TessaroBack.PaymentRoundingAmount:fiscalRound"
+                                       << plain(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"), false, QString(), true);
     QTest::newRow("stage default") << Map{} << "OrvelGate:xStage" << plain(QStringLiteral("OrvelGate:xStage"), false, QString(), QStringLiteral("PreProd"));
     QTest::newRow("byChange") << Map{{QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"), QStringLiteral("false")}}
                               << "TessaroBack.PaymentRoundingAmount:byChange"
@@ -186,7 +195,8 @@ void TestInstallationCheck::sectionsAreReportedAsTheyLoad()
                         {QStringLiteral("Tessaro.DiscardPaymentFields:3"), QStringLiteral("terminalId,mediaDesc")},
                         {QStringLiteral("Tessaro.ForbiddenMixedValuts:1,2"), QStringLiteral("3")},
                         {QStringLiteral("Tessaro.ForbiddenMixedValuts:x"), QStringLiteral("3")},
-                        {QStringLiteral("TessaroBack.AdditionalBackBySaleValuts:4"), QStringLiteral("5,6")}});
+                        {QStringLiteral("TessaroBack.AdditionalBackBySaleValuts:4"), QStringLiteral("5,6")},
+                        {QStringLiteral("TessaroBack.AdditionalBackBySaleValuts:7,8"), QStringLiteral("9")}});
     const QJsonArray sections = runCheck(noExchange).value(QStringLiteral("sections")).toArray();
     QCOMPARE(sections.size(), 6);
     const auto section = [&sections](const QString &name) { return entry(sections, QStringLiteral("section"), name); };
@@ -206,8 +216,10 @@ void TestInstallationCheck::sectionsAreReportedAsTheyLoad()
     QCOMPARE(forbidden.value(QStringLiteral("ignored")).toArray(), QJsonArray{QStringLiteral("x")});
     QCOMPARE(forbidden.value(QStringLiteral("map")).toObject(),
              (QJsonObject{{QStringLiteral("1"), QJsonArray{3}}, {QStringLiteral("2"), QJsonArray{3}}, {QStringLiteral("3"), QJsonArray{1, 2}}}));
-    QCOMPARE(section(QStringLiteral("TessaroBack.AdditionalBackBySaleValuts")).value(QStringLiteral("map")).toObject(),
-             (QJsonObject{{QStringLiteral("4"), QJsonArray{5, 6}}}));
+    const QJsonObject additional = section(QStringLiteral("TessaroBack.AdditionalBackBySaleValuts"));
+    QCOMPARE(additional.value(QStringLiteral("ignored")).toArray(), QJsonArray());
+    QCOMPARE(additional.value(QStringLiteral("map")).toObject().value(QStringLiteral("4")).toArray(), (QJsonArray{5, 6}));
+    QVERIFY(additional.value(QStringLiteral("map")).toObject().contains(QStringLiteral("7")));
 }
 
 void TestInstallationCheck::currencySettingsAreReported()
@@ -292,7 +304,7 @@ void TestInstallationCheck::refusedTokenStopsTheRequest()
     bed.server().enqueue(ScriptedHttpServer::Answer::json(401, R"({"error":"invalid_client"})"));
     const QJsonObject report = runCheck();
     const QJsonObject token = report.value(QStringLiteral("token")).toObject();
-    QCOMPARE(token.value(QStringLiteral("ok")).toBool(), false);
+    QCOMPARE(token.value(QStringLiteral("ok")), QJsonValue(false));
     QCOMPARE(token.value(QStringLiteral("httpCode")).toInt(), 401);
     QCOMPARE(token.value(QStringLiteral("networkError")).toBool(), false);
     QCOMPARE(token.value(QStringLiteral("serviceError")).toString(), QStringLiteral("invalid_client"));
@@ -340,6 +352,29 @@ void TestInstallationCheck::refusedRequestIsDescribed()
     QVERIFY(!request.value(QStringLiteral("message")).toString().isEmpty());
     QVERIFY(request.value(QStringLiteral("transportError")).toString().contains(QStringLiteral("HTTP 404")));
     QVERIFY(!request.contains(QStringLiteral("thrown")));
+}
+
+void TestInstallationCheck::answerShapeIsNamed_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<QString>("shape");
+    QTest::newRow("array") << QByteArray("[]") << "array";
+    QTest::newRow("object") << QByteArray(R"({"message":"Not found"})") << "object";
+    QTest::newRow("empty") << QByteArray() << "empty";
+    QTest::newRow("blank") << QByteArray(" \r\n") << "empty";
+    QTest::newRow("HTML") << QByteArray("<html></html>") << "other";
+    QTest::newRow("a number") << QByteArray("42") << "other";
+}
+
+void TestInstallationCheck::answerShapeIsNamed()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(QString, shape);
+    ServiceTestBed bed({{QStringLiteral("Tessaro:useTokenAuth"), QStringLiteral("false")}});
+    bed.server().enqueue(ScriptedHttpServer::Answer::reply(404, body));
+    const QJsonObject request = runCheck().value(QStringLiteral("request")).toObject();
+    QCOMPARE(request.value(QStringLiteral("answerShape")).toString(), shape);
+    QCOMPARE(request.value(QStringLiteral("answerBytes")).toInt(), body.size());
 }
 
 void TestInstallationCheck::lostConnectionIsDescribed()
