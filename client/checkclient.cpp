@@ -16,6 +16,16 @@ QString CheckClient::authorizationScheme() const
     return blank > 0 ? value.left(blank) : QString();
 }
 
+int CheckClient::transportTimeoutMs() const
+{
+    return restClient->timeout();
+}
+
+int CheckClient::longestTransportTimeoutMs() const
+{
+    return restClient->longestTimeout();
+}
+
 void CheckClient::boundTimeout(int seconds)
 {
     restClient->setTimeout(detail::milliseconds(seconds));

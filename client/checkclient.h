@@ -28,6 +28,11 @@ public:
     QList<int> cardNumberPaymentCodes() const { return operationIdAsCardNumber; }
     QList<int> approvalCodePaymentCodes() const { return operationIdAsEFTApprovalCode; }
 
+    /// The time-out the transport keeps for each exchange, in milliseconds.
+    int transportTimeoutMs() const;
+    /// The transport's cap on any time-out, in milliseconds.
+    int longestTransportTimeoutMs() const;
+
     /// Bounds each exchange to \a seconds instead of the configured time-out,
     /// for a configuration whose own time-out would let a check wait forever.
     void boundTimeout(int seconds);

@@ -246,6 +246,20 @@ public:
     /// Till payment code to the payment fields left out for it.
     QMap<int, QStringList> discardPaymentFieldMap() const { return discardPaymentFields; }
 
+    // Settings read where they are used, each through its one reader
+
+    /// "typeTill" of the till opening ("Tessaro:typeTill", 0 when unset or no number).
+    int tillType() const;
+    /// "nameTypeTill" of the till opening ("Tessaro:nameTypeTill", "RegularSales").
+    QString tillTypeName() const;
+    /// "hostName" of the till opening: "Tessaro:hostName", or this machine's name.
+    QString tillHostName() const;
+    /// Whether a coupon bound to an item asks for validation ("Tessaro:validationCoupon").
+    bool validatesCoupons() const;
+    /// The anchored mask that cuts the operation id of payments in \a currency
+    /// ("Tessaro.ReceiptNumber.<currency>:mask"); its group "result" is kept.
+    QRegularExpression receiptNumberMask(int currency) const;
+
 protected:
     /// Sends one request (POST when \a post, else GET), signed for the gateway
     /// when it is on. With token authorisation, fetches a token first when

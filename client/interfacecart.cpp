@@ -258,7 +258,12 @@ QJsonObject Interface::getCoupon(const QSharedPointer<GoodsItem> &goodsItem) con
     if (number.isEmpty())
         return {};
     return {{QStringLiteral("number"), number},
-            {QStringLiteral("validationCoupon"), config()->getBool(QStringLiteral("Tessaro:validationCoupon"), false)}};
+            {QStringLiteral("validationCoupon"), validatesCoupons()}};
+}
+
+bool Interface::validatesCoupons() const
+{
+    return config()->getBool(QStringLiteral("Tessaro:validationCoupon"), false);
 }
 
 CartUpdateResponse Interface::quantityOverwrite(const QString &cartUuid, int sequenceNumber, double quantity,

@@ -98,10 +98,14 @@ QString Interface::processOperationId(const QSharedPointer<MoneyItem> &moneyItem
 {
     const QString section = QStringLiteral("Tessaro.ReceiptNumber.%1").arg(moneyItem->getValCode());
     const QString id = withoutCharacters(moneyItem->getOperationId(), config()->getString(section + QStringLiteral(":symbolsToRemove")));
-    const QRegularExpression mask(QRegularExpression::anchoredPattern(
-        config()->getString(section + QStringLiteral(":mask"), QStringLiteral("^(?<result>.*)"))));
-    const QRegularExpressionMatch match = mask.match(id);
+    const QRegularExpressionMatch match = receiptNumberMask(moneyItem->getValCode()).match(id);
     return match.hasMatch() ? match.captured(QStringLiteral("result")) : id;
+}
+
+QRegularExpression Interface::receiptNumberMask(int currency) const
+{
+    return QRegularExpression(QRegularExpression::anchoredPattern(
+        config()->getString(QStringLiteral("Tessaro.ReceiptNumber.%1:mask").arg(currency), QStringLiteral("^(?<result>.*)"))));
 }
 
 QMap<QString, QString> Interface::getCustomFields(const QSharedPointer<MoneyItem> &moneyItem) const

@@ -30,20 +30,31 @@ QJsonObject Interface::tillFields() const
                        {QStringLiteral("tillNo"), registry.getCashCode().toInt()}};
 }
 
+int Interface::tillType() const
+{
+    return config()->getInt(QStringLiteral("Tessaro:typeTill"), 0);
+}
+
+QString Interface::tillTypeName() const
+{
+    return config()->getString(QStringLiteral("Tessaro:nameTypeTill"), QStringLiteral("RegularSales"));
+}
+
+QString Interface::tillHostName() const
+{
+    const QString configured = config()->getString(QStringLiteral("Tessaro:hostName"));
+    return configured.isEmpty() ? QHostInfo::localHostName() : configured;
+}
+
 Response Interface::tillOpen(const QSharedPointer<User> &user, double amount)
 {
     logger->info(QStringLiteral("Открытие смены"));
-    const Config *settings = config();
-    QString hostName = settings->getString(QStringLiteral("Tessaro:hostName"));
-    if (hostName.isEmpty())
-        hostName = QHostInfo::localHostName();
-
     QJsonObject body = tillFields();
     body.insert(QStringLiteral("operatorID"), operatorCode(user));
     body.insert(QStringLiteral("operatorName"), user ? user->getName() : QString());
-    body.insert(QStringLiteral("typeTill"), settings->getInt(QStringLiteral("Tessaro:typeTill"), 0));
-    body.insert(QStringLiteral("hostName"), hostName);
-    body.insert(QStringLiteral("nameTypeTill"), settings->getString(QStringLiteral("Tessaro:nameTypeTill"), QStringLiteral("RegularSales")));
+    body.insert(QStringLiteral("typeTill"), tillType());
+    body.insert(QStringLiteral("hostName"), tillHostName());
+    body.insert(QStringLiteral("nameTypeTill"), tillTypeName());
     body.insert(QStringLiteral("enteredAmount"), amount + MockFactory<CashDrawer>::create()->getAmount());
     fillFiscalInfo(body);
     return send(getUrl(TillOpen, QString()), body, getHeaders(QString()));

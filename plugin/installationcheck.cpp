@@ -10,6 +10,7 @@
 
 #include <QElapsedTimer>
 #include <QJsonDocument>
+#include <QRegularExpression>
 #include <QUuid>
 
 #include <functional>
@@ -45,6 +46,14 @@ QJsonObject urlSetting(const QString &key, const QUrl &value)
     setting.insert(QStringLiteral("host"), value.host());
     setting.insert(QStringLiteral("port"), value.port(value.scheme() == QLatin1String("https") ? 443 : 80));
     setting.insert(QStringLiteral("valid"), value.isValid() && !value.host().isEmpty());
+    // What makes an address unusable although it parses: the till judges these.
+    const QString text = config()->getString(key);
+    // QUrl keeps control characters percent-encoded, even when asked to decode.
+    static const QRegularExpression control(QStringLiteral("%(?:[01][0-9a-f]|7f)"), QRegularExpression::CaseInsensitiveOption);
+    setting.insert(QStringLiteral("length"), text.size());
+    setting.insert(QStringLiteral("blanks"), std::any_of(text.cbegin(), text.cend(), [](QChar c) { return c.isSpace(); }));
+    setting.insert(QStringLiteral("controlCharacters"), control.match(QString::fromLatin1(value.toEncoded())).hasMatch());
+    setting.insert(QStringLiteral("pathEndsWithSlash"), value.path().endsWith(QLatin1Char('/')));
     return setting;
 }
 
@@ -117,6 +126,17 @@ QJsonObject section(const QString &name, const QJsonObject &map, const std::func
             {QStringLiteral("map"), map}};
 }
 
+// What the client can make of an answer's body: it reads JSON objects and arrays.
+QString answerShape(const QByteArray &body)
+{
+    if (body.trimmed().isEmpty())
+        return QStringLiteral("empty");
+    const QJsonDocument document = QJsonDocument::fromJson(body);
+    if (document.isObject())
+        return QStringLiteral("object");
+    return document.isArray() ? QStringLiteral("array") : QStringLiteral("other");
+}
+
 // The transport's side of an exchange that failed or was refused.
 void addExchange(QJsonObject &report, const http::Response &exchange)
 {
@@ -124,6 +144,8 @@ void addExchange(QJsonObject &report, const http::Response &exchange)
     report.insert(QStringLiteral("networkError"), exchange.isNetworkError());
     if (exchange.errorCode() != 0)
         report.insert(QStringLiteral("transportError"), exchange.errorText().text());
+    report.insert(QStringLiteral("answerShape"), answerShape(exchange.body()));
+    report.insert(QStringLiteral("answerBytes"), exchange.body().size());
     // The peer's own word on a refusal; a successful token answer never gets here.
     const QJsonObject body = exchange.responseObject();
     for (const QString &field : {QStringLiteral("error"), QStringLiteral("error_msg"), QStringLiteral("message")}) {
@@ -132,6 +154,37 @@ void addExchange(QJsonObject &report, const http::Response &exchange)
             break;
         }
     }
+    // Only the gateway words its refusals under "error_msg".
+    if (body.value(QStringLiteral("error_msg")).isString())
+        report.insert(QStringLiteral("gatewayError"), body.value(QStringLiteral("error_msg")));
+}
+
+QJsonObject receiptNumber(const CheckClient &client, int currency)
+{
+    const QString section = QStringLiteral("Tessaro.ReceiptNumber.%1").arg(currency);
+    const QString maskKey = section + QStringLiteral(":mask");
+    const QRegularExpression mask = client.receiptNumberMask(currency);
+    QJsonObject report{{QStringLiteral("maskSet"), config()->contains(maskKey)},
+                       {QStringLiteral("mask"), config()->getString(maskKey)},
+                       {QStringLiteral("valid"), mask.isValid()},
+                       {QStringLiteral("resultGroup"), mask.namedCaptureGroups().contains(QStringLiteral("result"))},
+                       {QStringLiteral("symbolsToRemove"), config()->getString(section + QStringLiteral(":symbolsToRemove"))}};
+    if (!mask.isValid())
+        report.insert(QStringLiteral("error"), QStringLiteral("%1 at offset %2").arg(mask.errorString()).arg(mask.patternErrorOffset()));
+    return report;
+}
+
+QJsonObject customFields(int currency)
+{
+    const QString group = QStringLiteral("Tessaro.CustomFields.%1").arg(currency);
+    QJsonObject fields;
+    const QStringList names = config()->keys(group);
+    for (const QString &name : names) {
+        fields.insert(name, QJsonObject{{QStringLiteral("template"), config()->getString(group + QLatin1Char(':') + name)},
+                                        {QStringLiteral("symbolsToRemove"),
+                                         config()->getString(QStringLiteral("Tessaro.%1.%2:symbolsToRemove").arg(name).arg(currency))}});
+    }
+    return fields;
 }
 
 } // namespace
@@ -144,12 +197,15 @@ InstallationCheck::InstallationCheck(const QJsonObject &options)
 QJsonObject InstallationCheck::run() const
 {
     CheckClient client;
+    // Read before the check bounds the time-out: the transport's own as the plug-in runs it.
+    const QJsonArray read = settings(client);
     if (client.timeoutSeconds() <= 0)
         client.boundTimeout(m_options.value(QStringLiteral("boundSeconds")).toInt(10));
     const QJsonObject fetched = token(client);
     const bool tokenMissing = client.usesTokenAuth() && !fetched.value(QStringLiteral("ok")).toBool();
-    return {{QStringLiteral("settings"), settings(client)},
+    return {{QStringLiteral("settings"), read},
             {QStringLiteral("sections"), sections(client)},
+            {QStringLiteral("currencies"), currencies(client)},
             {QStringLiteral("token"), fetched},
             {QStringLiteral("signing"), signing(client)},
             {QStringLiteral("request"), request(client, tokenMissing)}};
@@ -169,8 +225,13 @@ QJsonArray InstallationCheck::settings(const CheckClient &client)
         plainSetting(QStringLiteral("Tessaro:clientId"), client.clientIdentifier()),
         plainSetting(QStringLiteral("Tessaro:realmId"), client.realmIdentifier()),
         authorization,
-        plainSetting(QStringLiteral("Tessaro:timeout"), client.timeoutSeconds()),
+        timeoutSetting(client),
         plainSetting(QStringLiteral("Tessaro:validationCouponMask"), client.couponMask()),
+        plainSetting(QStringLiteral("Tessaro:validationCoupon"), client.validatesCoupons()),
+        plainSetting(QStringLiteral("Tessaro:onlineCheckEanReasonCode"), client.getOnlineCheckEanReasonCode()),
+        plainSetting(QStringLiteral("Tessaro:typeTill"), client.tillType()),
+        plainSetting(QStringLiteral("Tessaro:nameTypeTill"), client.tillTypeName()),
+        plainSetting(QStringLiteral("Tessaro:hostName"), client.tillHostName()),
         plainSetting(QStringLiteral("Tessaro:operationIdAsCardNumber"), toJson(client.cardNumberPaymentCodes())),
         plainSetting(QStringLiteral("Tessaro:operationIdAsEFTApprovalCode"), toJson(client.approvalCodePaymentCodes())),
         plainSetting(QStringLiteral("OrvelGate:tessaro"), config()->getBool(QStringLiteral("OrvelGate:tessaro"), false)),
@@ -205,6 +266,28 @@ QJsonArray InstallationCheck::sections(const CheckClient &client)
         section(QStringLiteral("TessaroBack.AdditionalBackBySaleValuts"),
                 mapToJson(plugin.additionalBackBySaleCurrencies(), codes), isCurrencyListKey),
     };
+}
+
+QJsonObject InstallationCheck::timeoutSetting(const CheckClient &client)
+{
+    QJsonObject setting = plainSetting(QStringLiteral("Tessaro:timeout"), client.timeoutSeconds());
+    // The transport replaces a time-out that is not positive or too long by its cap.
+    setting.insert(QStringLiteral("transportMs"), client.transportTimeoutMs());
+    setting.insert(QStringLiteral("longestMs"), client.longestTransportTimeoutMs());
+    return setting;
+}
+
+QJsonArray InstallationCheck::currencies(const CheckClient &client) const
+{
+    QJsonArray report;
+    const QJsonArray codes = m_options.value(QStringLiteral("currencies")).toArray();
+    for (const QJsonValue &code : codes) {
+        const int currency = code.toInt();
+        report.append(QJsonObject{{QStringLiteral("code"), currency},
+                                  {QStringLiteral("receiptNumber"), receiptNumber(client, currency)},
+                                  {QStringLiteral("customFields"), customFields(currency)}});
+    }
+    return report;
 }
 
 QJsonObject InstallationCheck::token(CheckClient &client) const
@@ -258,7 +341,8 @@ QJsonObject InstallationCheck::request(CheckClient &client, bool tokenMissing) c
 {
     // No cart is ever named like this, so the answer cannot be anybody's data.
     const QString id = QStringLiteral("installation-check-") + QUuid::createUuid().toString(QUuid::Id128);
-    QJsonObject report{{QStringLiteral("path"), client.getUrl(Interface::Messages, id).path()}};
+    const QUrl target = client.getUrl(Interface::Messages, id);
+    QJsonObject report{{QStringLiteral("path"), target.path()}, {QStringLiteral("url"), shownUrl(target)}};
     if (!m_options.value(QStringLiteral("request")).toBool(true) || tokenMissing) {
         report.insert(QStringLiteral("sent"), false);
         return report;
@@ -275,9 +359,6 @@ QJsonObject InstallationCheck::request(CheckClient &client, bool tokenMissing) c
             report.insert(QStringLiteral("messageId"), message.id());
             report.insert(QStringLiteral("message"), message.text());
         }
-        const QJsonValue gatewayError = reply.jsonObject().value(QStringLiteral("error_msg"));
-        if (gatewayError.isString())
-            report.insert(QStringLiteral("gatewayError"), gatewayError);
     } catch (const BasicException &e) {
         report.insert(QStringLiteral("ms"), clock.elapsed());
         report.insert(QStringLiteral("thrown"), true);

@@ -13,15 +13,20 @@ class CheckClient;
 ///
 /// - "settings": every plain key the plug-in reads, as the configuration holds
 ///   it ("text") and as the plug-in takes it ("value"); secrets only as facts
-///   about them ("length", "scheme", "blanksAround").
+///   about them ("length", "scheme", "blanksAround"); for addresses what makes
+///   them unusable ("blanks", "controlCharacters", "pathEndsWithSlash"); for
+///   the time-out the one the transport keeps ("transportMs", "longestMs").
 /// - "sections": every mapping table and currency list, its keys, the keys the
 ///   plug-in skips ("ignored") and the table as the plug-in loads it ("map").
+/// - "currencies": for each currency code of the option "currencies", its
+///   receipt-number mask as the plug-in compiles it and its custom fields.
 /// - "token": a token fetched by the client's own token request; its lifetime,
 ///   never its value.
 /// - "signing": when the gateway is on, whether requests are signed and which
 ///   headers the signature covers.
 /// - "request": one read-only request through the client's request path,
-///   "/messages/<id>" with an identifier no cart has.
+///   "/messages/<id>" with an identifier no cart has: the address reached, the
+///   answer's status, its body's shape ("answerShape") and size.
 ///
 /// Nothing is written anywhere and nothing but the token request and the
 /// messages request reaches the service. A host never runs it: the till's
@@ -29,7 +34,8 @@ class CheckClient;
 class InstallationCheck
 {
 public:
-    /// \a options: "token" and "request" (booleans, default true) say whether
+    /// \a options: "currencies" (codes) names the currencies whose settings to
+    /// report; "token" and "request" (booleans, default true) say whether
     /// to fetch a token and to send the request; "boundSeconds" (default 10)
     /// bounds each exchange when the configured time-out is not positive,
     /// which would let the check wait without end.
@@ -40,7 +46,9 @@ public:
 
 private:
     static QJsonArray settings(const CheckClient &client);
+    static QJsonObject timeoutSetting(const CheckClient &client);
     static QJsonArray sections(const CheckClient &client);
+    QJsonArray currencies(const CheckClient &client) const;
     QJsonObject token(CheckClient &client) const;
     static QJsonObject signing(const CheckClient &client);
     QJsonObject request(CheckClient &client, bool tokenMissing) const;

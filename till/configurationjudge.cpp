@@ -3,6 +3,7 @@
 #include "checkreport.h"
 
 #include <QHostAddress>
+#include <QUrl>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -10,6 +11,9 @@
 namespace till {
 
 namespace {
+
+// Longer addresses are refused by many servers and proxies; none is meant.
+constexpr qsizetype longestAddress = 2048;
 
 bool isLoopback(const QString &host)
 {
@@ -72,6 +76,19 @@ bool isWholeNumber(const QString &text)
     return ok;
 }
 
+// The words the host's configuration reads as a yes or a no.
+bool isYesNo(const QString &text)
+{
+    static const QStringList words{QStringLiteral("true"), QStringLiteral("1"), QStringLiteral("yes"), QStringLiteral("on"),
+                                   QStringLiteral("false"), QStringLiteral("0"), QStringLiteral("no"), QStringLiteral("off")};
+    return words.contains(text.trimmed().toLower());
+}
+
+QString duration(qint64 seconds)
+{
+    return QStringLiteral("%1 min %2 s").arg(seconds / 60).arg(seconds % 60);
+}
+
 bool allIntegers(const QString &text)
 {
     const QStringList pieces = text.split(QLatin1Char(','), Qt::SkipEmptyParts);
@@ -85,6 +102,7 @@ bool allIntegers(const QString &text)
 ConfigurationJudge::ConfigurationJudge(const QJsonObject &pluginReport, const std::optional<QHash<int, QString>> &currencies)
     : m_settings(pluginReport.value(QStringLiteral("settings")).toArray())
     , m_sections(pluginReport.value(QStringLiteral("sections")).toArray())
+    , m_currencySettings(pluginReport.value(QStringLiteral("currencies")).toArray())
     , m_currencies(currencies)
 {
 }
@@ -96,6 +114,27 @@ QJsonObject ConfigurationJudge::setting(const QString &key) const
             return value.toObject();
     }
     return QJsonObject();
+}
+
+bool ConfigurationJudge::addressUsable(const QString &key) const
+{
+    const QJsonObject address = setting(key);
+    const QString scheme = address.value(QStringLiteral("scheme")).toString();
+    return address.value(QStringLiteral("valid")).toBool() && (scheme == QLatin1String("http") || scheme == QLatin1String("https"))
+        && !address.value(QStringLiteral("controlCharacters")).toBool() && !address.value(QStringLiteral("blanks")).toBool()
+        && address.value(QStringLiteral("length")).toInteger() <= longestAddress;
+}
+
+void ConfigurationJudge::judgeCuts(const QList<ConfigFileText::Cut> &cuts, CheckReport *report) const
+{
+    for (const ConfigFileText::Cut &cut : cuts) {
+        const QString name = cut.section.startsWith(QLatin1String("Tessaro.")) ? QStringLiteral("[%1] %2").arg(cut.section, cut.key)
+                                                                                 : QStringLiteral("%1:%2").arg(cut.section, cut.key);
+        report->failure(name,
+                        QStringLiteral("%1 is cut at \";\", which starts a comment in the configuration file: the plug-in reads %2")
+                            .arg(quoted(cut.written), quoted(cut.kept)),
+                        QStringLiteral("separate list items with commas, and put a value that must hold \";\" in double quotes"));
+    }
 }
 
 bool ConfigurationJudge::gatewayOn() const
@@ -117,14 +156,18 @@ void ConfigurationJudge::judge(CheckReport *report) const
         report->ok(QStringLiteral("Tessaro:tokenUrl"), QStringLiteral("not used: no token authorisation"));
     judgeTokenAuth(report);
     judgeTimeout(report);
-    judgePlain(QStringLiteral("Tessaro:validationCouponMask"), report);
-    judgePlain(QStringLiteral("Tessaro:operationIdAsCardNumber"), report);
-    judgePlain(QStringLiteral("Tessaro:operationIdAsEFTApprovalCode"), report);
-    judgePlain(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"), report);
-    judgePlain(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"), report);
+    judgeCouponMask(report);
+    for (const QString &key : {QStringLiteral("Tessaro:validationCoupon"), QStringLiteral("Tessaro:onlineCheckEanReasonCode"),
+                               QStringLiteral("Tessaro:operationIdAsCardNumber"), QStringLiteral("Tessaro:operationIdAsEFTApprovalCode"),
+                               QStringLiteral("Tessaro:typeTill"), QStringLiteral("Tessaro:nameTypeTill"), QStringLiteral("Tessaro:hostName"),
+                               QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"),
+                               QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound")})
+        judgePlain(key, report);
     judgeGateway(report);
     for (const QJsonValue &section : m_sections)
         judgeSection(section.toObject(), report);
+    for (const QJsonValue &currency : m_currencySettings)
+        judgeCurrency(currency.toObject(), report);
 }
 
 void ConfigurationJudge::judgeAddress(const QString &key, CheckReport *report) const
@@ -135,7 +178,16 @@ void ConfigurationJudge::judgeAddress(const QString &key, CheckReport *report) c
     const QString scheme = address.value(QStringLiteral("scheme")).toString();
     const QString host = address.value(QStringLiteral("host")).toString();
     const QString hint = QStringLiteral("write %1 as https://host:port/path").arg(key);
-    if (!address.value(QStringLiteral("set")).toBool())
+    const qsizetype length = address.value(QStringLiteral("length")).toInteger();
+    if (length > longestAddress)
+        report->failure(key, QStringLiteral("%1 characters long: no service takes an address that long (at most %2)").arg(length).arg(longestAddress),
+                        hint);
+    else if (address.value(QStringLiteral("controlCharacters")).toBool())
+        report->failure(key, QStringLiteral("%1 holds a control character (such as %00): no request can carry it").arg(quoted(text)), hint);
+    else if (address.value(QStringLiteral("blanks")).toBool())
+        report->failure(key, QStringLiteral("%1 holds a blank, which the plug-in sends as part of the address").arg(quoted(text)),
+                        QStringLiteral("remove the blanks from %1").arg(key));
+    else if (!address.value(QStringLiteral("set")).toBool())
         report->warning(key, QStringLiteral("not set: the plug-in uses %1").arg(value), QStringLiteral("set %1 to the service's address").arg(key));
     else if (scheme.isEmpty())
         report->failure(key, QStringLiteral("%1 has no scheme (http:// or https://)").arg(quoted(text)), hint);
@@ -143,6 +195,11 @@ void ConfigurationJudge::judgeAddress(const QString &key, CheckReport *report) c
         report->failure(key, QStringLiteral("%1 does not start with http:// or https:// (the plug-in reads the scheme %2)").arg(quoted(text), quoted(scheme)), hint);
     else if (!address.value(QStringLiteral("valid")).toBool())
         report->failure(key, QStringLiteral("%1 does not parse as an address with a host").arg(quoted(text)), hint);
+    else if (key == QLatin1String("Tessaro:url") && address.value(QStringLiteral("pathEndsWithSlash")).toBool())
+        report->warning(key, QStringLiteral("%1 ends with \"/\": requests go to …%2/messages/… and the like, which only a service "
+                                            "that merges slashes answers")
+                                 .arg(value, QUrl(value).path()),
+                        QStringLiteral("remove the trailing slash from %1").arg(key));
     else if (scheme == QLatin1String("http") && !isLoopback(host))
         report->warning(key, QStringLiteral("%1: plain http to %2, which is not this machine: credentials and receipts travel unencrypted").arg(value, host),
                         QStringLiteral("use an https:// address in %1").arg(key));
@@ -208,9 +265,22 @@ void ConfigurationJudge::judgeTimeout(CheckReport *report) const
     const qint64 seconds = timeout.value(QStringLiteral("value")).toInteger();
     const QString text = timeout.value(QStringLiteral("text")).toString().trimmed();
     const bool integer = isWholeNumber(text);
+    // The transport replaces a time-out that is not positive or above its cap by the cap.
+    const qint64 transportMs = timeout.value(QStringLiteral("transportMs")).toInteger();
+    const QString cap = duration(timeout.value(QStringLiteral("longestMs")).toInteger() / 1000);
     const QString hint = QStringLiteral("set %1 to the seconds a request may take, between 1 and 60 (5 by default)").arg(key);
     if (seconds <= 0)
-        report->failure(key, QStringLiteral("%1: each request of the plug-in would wait for an answer without limit").arg(seconds), hint);
+        report->failure(key, QStringLiteral("%1 is no time-out: the transport waits up to its cap of %2 for each request instead, "
+                                            "and a cashier waits that long whenever the service does not answer")
+                                 .arg(seconds)
+                                 .arg(cap),
+                        hint);
+    else if (transportMs < seconds * 1000)
+        report->warning(key, QStringLiteral("%1 s is above the transport's cap: each request waits at most %2, and a cashier waits "
+                                            "that long whenever the service does not answer")
+                                 .arg(seconds)
+                                 .arg(cap),
+                        hint);
     else if (timeout.value(QStringLiteral("set")).toBool() && !integer)
         report->warning(key, QStringLiteral("%1 is not a whole number: the plug-in uses %2 s").arg(quoted(text)).arg(seconds), hint);
     else if (seconds > 60)
@@ -224,8 +294,14 @@ void ConfigurationJudge::judgePlain(const QString &key, CheckReport *report) con
     const QJsonObject plain = setting(key);
     const QJsonValue value = plain.value(QStringLiteral("value"));
     const QString text = plain.value(QStringLiteral("text")).toString();
+    const bool set = plain.value(QStringLiteral("set")).toBool();
     if (value.isBool()) {
-        report->ok(key, onOff(value.toBool()) + (plain.value(QStringLiteral("set")).toBool() ? QString() : QStringLiteral(" (default)")));
+        const QString shown = onOff(value.toBool());
+        if (set && !isYesNo(text))
+            report->warning(key, QStringLiteral("%1 is no yes/no value: the plug-in takes %2").arg(quoted(text), shown),
+                            QStringLiteral("write %1 as true or false").arg(key));
+        else
+            report->ok(key, shown + (set ? QString() : QStringLiteral(" (default)")));
     } else if (value.isArray()) {
         QList<int> codes;
         const QJsonArray array = value.toArray();
@@ -236,12 +312,67 @@ void ConfigurationJudge::judgePlain(const QString &key, CheckReport *report) con
                             QStringLiteral("write %1 as till payment codes separated by commas").arg(key));
         else
             report->ok(key, codes.isEmpty() ? QStringLiteral("(empty)") : codeList(codes));
-    } else if (!QRegularExpression(value.toString()).isValid()) {
-        report->warning(key, QStringLiteral("%1 is no regular expression: no coupon is sent for validation").arg(quoted(value.toString())),
-                        QStringLiteral("correct the regular expression in %1").arg(key));
+    } else if (value.isDouble()) {
+        const QString shown = QString::number(value.toInteger());
+        if (set && !isWholeNumber(text))
+            report->warning(key, QStringLiteral("%1 is not a whole number: the plug-in uses %2").arg(quoted(text), shown),
+                            QStringLiteral("write %1 as a whole number").arg(key));
+        else
+            report->ok(key, shown + (set ? QString() : QStringLiteral(" (default)")));
     } else {
-        report->ok(key, value.toString().isEmpty() ? QStringLiteral("(empty)") : value.toString());
+        const QString shown = value.toString().isEmpty() ? QStringLiteral("(empty)") : value.toString();
+        report->ok(key, shown + (set ? QString() : QStringLiteral(" (default)")));
     }
+}
+
+void ConfigurationJudge::judgeCouponMask(CheckReport *report) const
+{
+    const QString key = QStringLiteral("Tessaro:validationCouponMask");
+    const QString mask = setting(key).value(QStringLiteral("value")).toString();
+    if (!QRegularExpression(mask).isValid())
+        report->warning(key, QStringLiteral("%1 is no regular expression: no coupon is sent for validation").arg(quoted(mask)),
+                        QStringLiteral("correct the regular expression in %1").arg(key));
+    else
+        report->ok(key, mask.isEmpty() ? QStringLiteral("(empty)") : mask);
+}
+
+void ConfigurationJudge::judgeCurrency(const QJsonObject &currency, CheckReport *report) const
+{
+    const int code = currency.value(QStringLiteral("code")).toInt();
+    const QJsonObject receipt = currency.value(QStringLiteral("receiptNumber")).toObject();
+    const QString key = QStringLiteral("Tessaro.ReceiptNumber.%1:mask").arg(code);
+    const QString mask = receipt.value(QStringLiteral("mask")).toString();
+    const QString hint = QStringLiteral("correct %1: a regular expression whose group (?<result>…) is the part sent").arg(key);
+    if (!receipt.value(QStringLiteral("valid")).toBool(true))
+        report->failure(key, QStringLiteral("%1 is no regular expression (%2): operation ids of currency %3 go to the service uncut")
+                                 .arg(quoted(mask), receipt.value(QStringLiteral("error")).toString())
+                                 .arg(code),
+                        hint);
+    else if (!receipt.value(QStringLiteral("resultGroup")).toBool(true))
+        report->failure(key, QStringLiteral("%1 has no group named result: every operation id of currency %2 that it matches goes to "
+                                            "the service empty")
+                                 .arg(quoted(mask))
+                                 .arg(code),
+                        hint);
+    else if (receipt.value(QStringLiteral("maskSet")).toBool())
+        report->ok(key, mask);
+    const QString removed = receipt.value(QStringLiteral("symbolsToRemove")).toString();
+    if (!removed.isEmpty())
+        report->ok(QStringLiteral("Tessaro.ReceiptNumber.%1:symbolsToRemove").arg(code), quoted(removed));
+
+    const QJsonObject fields = currency.value(QStringLiteral("customFields")).toObject();
+    if (fields.isEmpty())
+        return;
+    QStringList shown;
+    for (auto it = fields.constBegin(); it != fields.constEnd(); ++it) {
+        const QJsonObject field = it.value().toObject();
+        QString entry = QStringLiteral("%1 = %2").arg(it.key(), quoted(field.value(QStringLiteral("template")).toString()));
+        const QString cut = field.value(QStringLiteral("symbolsToRemove")).toString();
+        if (!cut.isEmpty())
+            entry += QStringLiteral(" without %1").arg(quoted(cut));
+        shown << entry;
+    }
+    report->ok(QStringLiteral("[Tessaro.CustomFields.%1]").arg(code), shown.join(QStringLiteral("; ")));
 }
 
 void ConfigurationJudge::judgeGateway(CheckReport *report) const

@@ -238,9 +238,13 @@ void NetworkProbe::readDate(QTcpSocket *socket, const QUrl &url, Outcome *outcom
     socket->write(request);
     QByteArray head;
     while (!head.contains("\r\n\r\n") && clock.elapsed() < m_timeoutMs) {
+        if (head.size() >= maxAnswerBytes) {
+            outcome->answerTooLarge = true;
+            return;
+        }
         if (!socket->waitForReadyRead(int(m_timeoutMs - clock.elapsed())))
             break;
-        head += socket->readAll();
+        head += socket->read(maxAnswerBytes - head.size());
     }
     outcome->localTime = sent.addMSecs(clock.elapsed() / 2);
     const QList<QByteArray> lines = head.left(head.indexOf("\r\n\r\n")).split('\n');

@@ -20,10 +20,15 @@ class CheckReport;
 /// endpoint's path on the same connection, for the answer's "Date" header.
 ///
 /// The GET carries no credentials and changes nothing: it is only there to
-/// read the service's clock. Every step waits at most the time-out given.
+/// read the service's clock. Every step waits at most the time-out given, and
+/// no answer is read beyond maxAnswerBytes.
 class NetworkProbe
 {
 public:
+    /// The most any probe of the check reads of one answer; the plug-in's
+    /// transport keeps to the same bound.
+    static constexpr qint64 maxAnswerBytes = 8 * 1024 * 1024;
+
     struct Outcome
     {
         /// TCP (and, for https, TLS) came up.
@@ -32,6 +37,8 @@ public:
         std::optional<QDateTime> serviceTime;
         /// The till's clock in the middle of the GET's round trip.
         QDateTime localTime;
+        /// The answer's head went on past maxAnswerBytes, and was left unread.
+        bool answerTooLarge = false;
     };
 
     explicit NetworkProbe(int timeoutMs);

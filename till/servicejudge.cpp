@@ -27,6 +27,36 @@ QString outcome(const QJsonObject &step)
     return text;
 }
 
+int httpCode(const QJsonObject &step)
+{
+    return step.value(QStringLiteral("httpCode")).toInt();
+}
+
+bool isRefusal(int code)
+{
+    return code == 401 || code == 403;
+}
+
+// The answers of a server that has nothing at the address, or nothing to GET there.
+bool isWrongAddressCode(int code)
+{
+    return code == 400 || code == 404 || code == 405;
+}
+
+// A text of absurd length (an address of 100 KB) is shown by its start only.
+QString shortened(const QString &text)
+{
+    constexpr qsizetype shown = 160;
+    return text.size() <= shown ? text : QStringLiteral("%1… (%2 characters)").arg(text.left(shown)).arg(text.size());
+}
+
+// A refusal in the gateway's words while the plug-in goes to the service without it.
+QString gatewayOffHint()
+{
+    return QStringLiteral("the service sits behind the gateway: switch on OrvelGate:tessaro and set OrvelGate:appKey, "
+                          "OrvelGate:appSecret and OrvelGate:xStage to what the gateway issued");
+}
+
 QString duration(qint64 seconds)
 {
     const qint64 size = qAbs(seconds);
@@ -71,9 +101,11 @@ void ServiceJudge::judgeToken(CheckReport *report) const
                    ms);
         return;
     }
-    const int code = m_token.value(QStringLiteral("httpCode")).toInt();
+    const int code = httpCode(m_token);
     QString hint = QStringLiteral("check Tessaro:tokenUrl and the way to it (above)");
-    if (code == 400 || code == 401 || code == 403)
+    if (m_token.contains(QStringLiteral("gatewayError")) && !m_gatewayOn)
+        hint = gatewayOffHint();
+    else if (code == 400 || code == 401 || code == 403)
         hint = QStringLiteral("the token endpoint does not know these credentials: check Tessaro:clientId, "
                               "Tessaro:realmId and Tessaro:authorizationHeader");
     else if (code == 404 || code == 405)
@@ -84,32 +116,59 @@ void ServiceJudge::judgeToken(CheckReport *report) const
 void ServiceJudge::judgeRequest(CheckReport *report) const
 {
     const QString name = QStringLiteral("service request");
-    const QString request = QStringLiteral("GET ") + m_request.value(QStringLiteral("path")).toString();
+    const QString request = QStringLiteral("GET ") + shortened(m_request.value(QStringLiteral("path")).toString());
     if (!m_request.value(QStringLiteral("sent")).toBool()) {
         report->failure(name, request + QStringLiteral(": not sent, the till has no token"),
                         QStringLiteral("fix the token endpoint first"));
         return;
     }
     const std::optional<qint64> ms = elapsed(m_request);
-    const int status = m_request.value(QStringLiteral("status")).toInt();
-    const int code = m_request.value(QStringLiteral("httpCode")).toInt();
     const QString seen = request + QStringLiteral(": ") + outcome(m_request);
     if (m_request.value(QStringLiteral("networkError")).toBool()) {
         report->failure(name, seen, QStringLiteral("check Tessaro:url, the way to the service and its certificate (above)"), ms);
     } else if (m_request.contains(QStringLiteral("gatewayError"))) {
-        report->failure(name, seen + QStringLiteral(": refused by the gateway"), QStringLiteral("see the gateway's verdict below"), ms);
-    } else if (status == 3 || code == 401 || code == 403) {
-        report->failure(name, seen + QStringLiteral(": authorisation refused"),
-                        m_token.value(QStringLiteral("used")).toBool()
-                            ? QStringLiteral("the service does not take the tokens of Tessaro:tokenUrl: check that it and Tessaro:realmId belong to this service")
-                            : QStringLiteral("the service wants authorisation: switch on Tessaro:useTokenAuth or the gateway (OrvelGate:tessaro)"),
-                        ms);
+        report->failure(name, seen + QStringLiteral(": refused by the gateway"),
+                        m_gatewayOn ? QStringLiteral("see the gateway's verdict below") : gatewayOffHint(), ms);
+    } else if (const int status = m_request.value(QStringLiteral("status")).toInt(); status == 3 || isRefusal(httpCode(m_request))) {
+        QString hint = QStringLiteral("the service wants authorisation: switch on Tessaro:useTokenAuth or the gateway (OrvelGate:tessaro)");
+        if (m_gatewayOn)
+            hint = QStringLiteral("the service wants a token, not a gateway signature: switch off OrvelGate:tessaro and set the token settings (Tessaro:tokenUrl, Tessaro:clientId)");
+        else if (m_token.value(QStringLiteral("used")).toBool())
+            hint = QStringLiteral("the service does not take the tokens of Tessaro:tokenUrl: check that it and Tessaro:realmId belong to this service");
+        report->failure(name, seen + QStringLiteral(": authorisation refused"), hint, ms);
     } else if (m_request.value(QStringLiteral("thrown")).toBool()) {
         report->failure(name, seen + QStringLiteral(": ") + m_request.value(QStringLiteral("message")).toString(),
                         QStringLiteral("see the service's answer"), ms);
+    } else {
+        judgeAnswer(name, seen, ms, report);
+    }
+}
+
+void ServiceJudge::judgeAnswer(const QString &name, const QString &seen, std::optional<qint64> ms, CheckReport *report) const
+{
+    const int code = httpCode(m_request);
+    const QString shape = m_request.value(QStringLiteral("answerShape")).toString();
+    const bool json = shape == QLatin1String("object") || shape == QLatin1String("array");
+    const QString reached = shortened(m_request.value(QStringLiteral("url")).toString());
+    const QString checkUrl = QStringLiteral("check Tessaro:url: it must name the service's base address, to which the plug-in adds /messages/…");
+    if (code >= 300 && code < 400) {
+        report->failure(name, seen + QStringLiteral(": a redirect, which the plug-in never follows: every request of a return would end here"),
+                        QStringLiteral("write the address the redirect leads to into Tessaro:url (https:// when http:// is redirected)"), ms);
     } else if (code >= 500) {
-        report->warning(name, seen + QStringLiteral(": the service answered, but reports a failure of its own"),
+        report->failure(name, seen + QStringLiteral(": the service answered, but reports a failure of its own: every return would fail alike"),
                         QStringLiteral("ask the service's operators"), ms);
+    } else if (isWrongAddressCode(code) && !json) {
+        report->failure(name, seen + QStringLiteral(": the service answers %1 at %2, with no JSON").arg(code).arg(reached), checkUrl, ms);
+    } else if (isWrongAddressCode(code)) {
+        // The service's answer to a cart it does not know is its own: this may be it.
+        report->warning(name, seen + QStringLiteral(": a JSON answer at %1; the service may answer so for a cart it does not know, "
+                                                    "or nothing may be there")
+                                         .arg(reached),
+                        checkUrl + QStringLiteral("; if returns are refused with HTTP %1, the address is wrong").arg(code), ms);
+    } else if (code >= 400) {
+        report->failure(name, seen + QStringLiteral(": the service refuses the read at %1").arg(reached), checkUrl, ms);
+    } else if (!json) {
+        report->warning(name, seen + QStringLiteral(": the answer at %1 is no JSON, which the plug-in cannot read").arg(reached), checkUrl, ms);
     } else {
         report->ok(name, seen + QStringLiteral(": an authorised request gets through"), ms);
     }
@@ -158,6 +217,12 @@ void ServiceJudge::judgeClock(const NetworkProbe::Outcome &service, CheckReport 
     const QString hint = QStringLiteral("set the till's date and time right, best by NTP (timedatectl set-ntp true)");
     if (!service.reachable) {
         report->warning(name, QStringLiteral("not compared: the service cannot be reached"), QStringLiteral("fix the way to the service first"));
+        return;
+    }
+    if (service.answerTooLarge) {
+        report->warning(name, QStringLiteral("not compared: the head of the service's answer went on past %1 MiB unread")
+                                  .arg(NetworkProbe::maxAnswerBytes / (1024 * 1024)),
+                        QStringLiteral("check that Tessaro:url names the service; compare the till's clock with a time server"));
         return;
     }
     if (!service.serviceTime) {

@@ -11,6 +11,7 @@
 #include <QJsonDocument>
 #include <QProcess>
 #include <QTextStream>
+#include <QThread>
 #include <QTimer>
 
 #include <limits>
@@ -60,6 +61,11 @@ struct SimulationCommand::Worker
     std::optional<int> running;
     quint64 runningSeed = 0;
 };
+
+int SimulationCommand::mostJobs()
+{
+    return 4 * qMax(1, QThread::idealThreadCount());
+}
 
 SimulationCommand::SimulationCommand(const Options &options, QTextStream *out, QTextStream *err)
     : m_options(options)

@@ -42,6 +42,12 @@ public:
 
     SimulationCommand(const Options &options, QTextStream *out, QTextStream *err);
 
+    /// The most worker processes a run may start: four per processor core.
+    /// Each worker is a till with the plug-in and its own emulator; beyond
+    /// that they only wait for the processor and fill the memory, and a slip
+    /// of the finger (--jobs 1000) must not start a thousand processes.
+    static int mostJobs();
+
     /// Plays the session of a seed at a fault rate.
     using Player = std::function<SessionOutcome(quint64 seed, double faultRate)>;
     /// Makes this process's workers and replays play \a player's sessions

@@ -418,7 +418,11 @@ int TillApplication::simulate(const QStringList &arguments)
         options.sessions = int(number(sessions));
     if (parser.isSet(seconds))
         options.seconds = int(number(seconds));
-    options.jobs = qMax(1, int(number(jobs)));
+    const double jobCount = number(jobs);
+    if (jobCount > SimulationCommand::mostJobs())
+        return usage(QStringLiteral("simulate: --jobs takes at most %1 worker processes on this machine (four per processor core)")
+                         .arg(SimulationCommand::mostJobs()));
+    options.jobs = qMax(1, int(jobCount));
     options.rates.kill = number(killRate);
     options.rates.fault = number(faultRate);
     options.pluginFolder = QFileInfo(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder()).absoluteFilePath();

@@ -1,5 +1,6 @@
 #include "tillcheck.h"
 
+#include "configfiletext.h"
 #include "configurationjudge.h"
 #include "networkprobe.h"
 #include "pluginhost.h"
@@ -43,10 +44,23 @@ QUrl addressOf(const QJsonObject &setting)
     return QUrl(setting.value(QStringLiteral("value")).toString());
 }
 
-bool isProbeable(const QJsonObject &setting)
+// The currencies whose receipt numbers and custom fields the plug-in is to
+// report: the till's own and those the configuration file has sections for.
+QJsonArray checkedCurrencies(const std::optional<QHash<int, QString>> &currencies, const ConfigFileText &file)
 {
-    const QString scheme = setting.value(QStringLiteral("scheme")).toString();
-    return setting.value(QStringLiteral("valid")).toBool() && (scheme == QLatin1String("http") || scheme == QLatin1String("https"));
+    QList<int> codes = currencies ? currencies->keys() : QList<int>();
+    for (const QString &prefix : {QStringLiteral("Tessaro.ReceiptNumber."), QStringLiteral("Tessaro.CustomFields.")}) {
+        const QList<int> numbers = file.sectionNumbers(prefix);
+        for (int number : numbers) {
+            if (!codes.contains(number))
+                codes << number;
+        }
+    }
+    std::sort(codes.begin(), codes.end());
+    QJsonArray array;
+    for (int code : std::as_const(codes))
+        array.append(code);
+    return array;
 }
 
 bool sameEndpoint(const QUrl &a, const QUrl &b)
@@ -119,19 +133,25 @@ CheckReport TillCheck::run() const
         return report;
     }
     report.ok(QStringLiteral("plug-in"), QStringLiteral("%1 (%2)").arg(plugin.fileName(), plugin.metaData().value(QStringLiteral("IID")).toString()));
-    const std::optional<QJsonObject> read = PluginSelfCheck::run(plugin.fileName(), {{QStringLiteral("token"), false}, {QStringLiteral("request"), false}}, &error);
+    const ConfigFileText file(configFile);
+    const std::optional<QJsonObject> read = PluginSelfCheck::run(
+        plugin.fileName(),
+        {{QStringLiteral("token"), false}, {QStringLiteral("request"), false}, {QStringLiteral("currencies"), checkedCurrencies(currencies, file)}},
+        &error);
     if (!read) {
         report.failure(QStringLiteral("installation check"), error, QStringLiteral("install a plug-in built with its installation check"));
         return report;
     }
     context.insert(QStringLiteral("plugin"), plugin.fileName());
     context.insert(QStringLiteral("configuration"), QJsonObject{{QStringLiteral("settings"), read->value(QStringLiteral("settings"))},
-                                                                {QStringLiteral("sections"), read->value(QStringLiteral("sections"))}});
+                                                                {QStringLiteral("sections"), read->value(QStringLiteral("sections"))},
+                                                                {QStringLiteral("currencies"), read->value(QStringLiteral("currencies"))}});
     report.setContext(context);
 
     report.startGroup(QStringLiteral("Configuration"));
     const ConfigurationJudge configuration(*read, currencies);
     configuration.judge(&report);
+    configuration.judgeCuts(file.cutValues(), &report);
 
     // Each step waits as long as the plug-in would, within reason.
     const qint64 timeout = configuration.setting(QStringLiteral("Tessaro:timeout")).value(QStringLiteral("value")).toInteger();
@@ -140,12 +160,14 @@ CheckReport TillCheck::run() const
     const QJsonObject service = configuration.setting(QStringLiteral("Tessaro:url"));
     report.startGroup(QStringLiteral("Way to the service (Tessaro:url)"));
     NetworkProbe::Outcome reached;
-    if (isProbeable(service))
+    if (configuration.addressUsable(QStringLiteral("Tessaro:url")))
         reached = probe.probe(addressOf(service), QStringLiteral("Tessaro:url"), true, &report);
     else
-        report.failure(QStringLiteral("connection"), QStringLiteral("not tried: Tessaro:url is no http or https address"), QStringLiteral("correct Tessaro:url"));
+        report.failure(QStringLiteral("connection"), QStringLiteral("not tried: Tessaro:url is no usable http or https address (above)"),
+                       QStringLiteral("correct Tessaro:url"));
     const QJsonObject token = configuration.setting(QStringLiteral("Tessaro:tokenUrl"));
-    if (configuration.tokenAuthUsed() && isProbeable(token) && !sameEndpoint(addressOf(token), addressOf(service))) {
+    if (configuration.tokenAuthUsed() && configuration.addressUsable(QStringLiteral("Tessaro:tokenUrl"))
+        && !sameEndpoint(addressOf(token), addressOf(service))) {
         report.startGroup(QStringLiteral("Way to the token endpoint (Tessaro:tokenUrl)"));
         probe.probe(addressOf(token), QStringLiteral("Tessaro:tokenUrl"), false, &report);
     }

@@ -84,6 +84,8 @@ private slots:
     void choiceListsTheReasonsByCode();
     void inputTypeFiveWithoutOnlineReasonSendsNone();
     void settledReasonIsKeptAndReused();
+    void reasonSettledBeforeIsSentWithoutAsking_data();
+    void reasonSettledBeforeIsSentWithoutAsking();
     void cancelledChoiceSendsNothing();
     void scannerInput_data();
     void scannerInput();
@@ -271,6 +273,32 @@ void TestCartItems::settledReasonIsKeptAndReused()
     QCOMPARE(bed.host().dialog()->choices().size(), 1);
     for (const ScriptedHttpServer::Request &request : bed.server().requests())
         QCOMPARE(ServiceTestBed::jsonBody(request).value("item").toObject().value("eanReasonCode"), QJsonValue(12));
+}
+
+void TestCartItems::reasonSettledBeforeIsSentWithoutAsking_data()
+{
+    QTest::addColumn<int>("settled");
+    // 0 is a reason like any other: only a negative one is none.
+    QTest::newRow("reason 0") << 0;
+    QTest::newRow("reason 1") << 1;
+    QTest::newRow("reason 12") << 12;
+}
+
+void TestCartItems::reasonSettledBeforeIsSentWithoutAsking()
+{
+    QFETCH(int, settled);
+    ServiceTestBed bed(reasons({{3, QStringLiteral("Нет штрихкода")}, {12, QStringLiteral("Штрихкод не читается")}}));
+    PositionData position;
+    position.eanReason = settled;
+    QJsonObject sent;
+    try {
+        sent = sentBody(bed, byCode(), position).value("item").toObject();
+    } catch (const BasicException &) {
+        QFAIL("the settled reason was not taken: the cashier was asked, and no answer was scripted");
+    }
+    QCOMPARE(sent.value("eanReasonCode"), QJsonValue(settled));
+    QCOMPARE(position.eanReason, settled);
+    QVERIFY(bed.host().dialog()->choices().isEmpty());
 }
 
 void TestCartItems::cancelledChoiceSendsNothing()

@@ -1,6 +1,8 @@
 #include "checkreport.h"
 #include "networkprobe.h"
 
+#include <support/scriptedhttpserver.h>
+
 #include <QTcpServer>
 #include <QTest>
 
@@ -18,6 +20,7 @@ class TestNetworkProbe : public QObject
 private slots:
     void laterAddressIsTriedWhenAnEarlierOneRefuses();
     void everyRefusingAddressIsNamed();
+    void endlessAnswerHeadIsLeftUnread();
 
 private:
     static CheckReport::Item item(const CheckReport &report, const QString &name);
@@ -72,6 +75,24 @@ void TestNetworkProbe::everyRefusingAddressIsNamed()
     QVERIFY2(connection.detail.contains(QStringLiteral("127.0.0.2: Connection refused")), qPrintable(connection.detail));
     QVERIFY2(connection.detail.contains(QStringLiteral("127.0.0.1: Connection refused")), qPrintable(connection.detail));
     QVERIFY(connection.hint.contains(QStringLiteral("Tessaro:url")));
+}
+
+void TestNetworkProbe::endlessAnswerHeadIsLeftUnread()
+{
+    // A head longer than the bound, whose Date comes only after it.
+    ScriptedHttpServer server;
+    QVERIFY(server.start() != 0);
+    const QByteArray filler(NetworkProbe::maxAnswerBytes + 1024 * 1024, 'a');
+    server.setDefaultAnswer(ScriptedHttpServer::Answer::reply(
+        200, QByteArray(), {{"X-Filler", filler}, {"Date", "Wed, 25 Nov 2026 18:00:00 GMT"}}));
+
+    CheckReport report;
+    const NetworkProbe::Outcome outcome = NetworkProbe(30000).probeAddresses(
+        server.url(QStringLiteral("/api")), {QHostAddress(QStringLiteral("127.0.0.1"))}, QStringLiteral("Tessaro:url"), true, &report);
+
+    QVERIFY(outcome.reachable);
+    QVERIFY(!outcome.serviceTime);
+    QVERIFY(outcome.answerTooLarge);
 }
 
 QTEST_GUILESS_MAIN(TestNetworkProbe)

@@ -39,6 +39,7 @@ private slots:
     void correctTillPasses();
     void brokenTillIsNamed_data();
     void brokenTillIsNamed();
+    void gatewayOffBeforeAGatewayNamesTheSwitch();
     void selfSignedCertificateIsNamed_data();
     void selfSignedCertificateIsNamed();
     void unreachablePortIsNamed();
@@ -144,13 +145,28 @@ QString TestTillCheck::makeTill(const QMap<QString, QString> &settings, bool gat
         ini.setValue(QStringLiteral("OrvelGate/appSecret"), appSecret);
         ini.setValue(QStringLiteral("OrvelGate/xStage"), QStringLiteral("PreProd"));
     }
+    QMap<QString, QString> lines;
     for (auto it = settings.cbegin(); it != settings.cend(); ++it) {
-        if (it.value().isEmpty())
+        if (it.key().startsWith(QLatin1String("raw:")))
+            lines.insert(it.key().mid(4).replace(QLatin1String("\\n"), QLatin1String("\n")), it.value());
+        else if (it.value().isEmpty())
             ini.remove(it.key());
         else
             ini.setValue(it.key(), it.value());
     }
     ini.sync();
+    // Lines as a person writes them, which QSettings would quote.
+    if (!lines.isEmpty()) {
+        QFile file(folder.configFile());
+        if (!file.open(QIODevice::ReadOnly))
+            qFatal("cannot read %s", qPrintable(folder.configFile()));
+        QString text = QString::fromUtf8(file.readAll());
+        file.close();
+        for (auto it = lines.cbegin(); it != lines.cend(); ++it)
+            text.replace(it.key(), QString(it.value()).replace(QLatin1String("\\n"), QLatin1String("\n")));
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(text.toUtf8()) < 0)
+            qFatal("cannot write %s", qPrintable(folder.configFile()));
+    }
     return m_data;
 }
 
@@ -215,6 +231,12 @@ void TestTillCheck::correctTillPasses()
     QVERIFY2(result.out.contains(QStringLiteral(" 0 warnings, 0 failures")), findings(result.out).constData());
     QVERIFY(!line(result.out, QStringLiteral("ok"), QStringLiteral("service request")).isEmpty());
     QVERIFY(!line(result.out, QStringLiteral("ok"), QStringLiteral("clock offset")).isEmpty());
+    // Every setting the plug-in reads is shown, with the value it takes.
+    QVERIFY(line(result.out, QStringLiteral("ok"), QStringLiteral("Tessaro:typeTill")).contains(QStringLiteral("0 (default)")));
+    QVERIFY(line(result.out, QStringLiteral("ok"), QStringLiteral("Tessaro:nameTypeTill")).contains(QStringLiteral("RegularSales (default)")));
+    QVERIFY(!line(result.out, QStringLiteral("ok"), QStringLiteral("Tessaro:hostName")).isEmpty());
+    QVERIFY(!line(result.out, QStringLiteral("ok"), QStringLiteral("Tessaro:validationCoupon ")).isEmpty());
+    QVERIFY(!line(result.out, QStringLiteral("ok"), QStringLiteral("Tessaro:onlineCheckEanReasonCode")).isEmpty());
     if (gateway) {
         QVERIFY(line(result.out, QStringLiteral("ok"), QStringLiteral("gateway signature")).contains(QStringLiteral("accepted")));
     } else {
@@ -247,7 +269,26 @@ void TestTillCheck::brokenTillIsNamed_data()
     QTest::newRow("gateway without secret") << true << set(QStringLiteral("OrvelGate/appSecret"), QString())
                                             << 2 << "failure" << "gateway signature" << "requests go unsigned";
     QTest::newRow("time-out of 0") << false << set(QStringLiteral("Tessaro/timeout"), QStringLiteral("0"))
-                                   << 2 << "failure" << "Tessaro:timeout" << "0: each request of the plug-in would wait for an answer without limit";
+                                   << 2 << "failure" << "Tessaro:timeout" << "0 is no time-out: the transport waits up to its cap of 2 min 0 s";
+    QTest::newRow("time-out beyond the transport's cap") << false << set(QStringLiteral("Tessaro/timeout"), QStringLiteral("2147484"))
+                                                         << 1 << "warning" << "Tessaro:timeout" << "each request waits at most 2 min 0 s";
+    QTest::newRow("wrong base path") << false << set(QStringLiteral("Tessaro/url"), QStringLiteral("ROOT/v2"))
+                                     << 1 << "warning" << "service request" << "HTTP 404 (\"Not found\"): a JSON answer at http://";
+    QTest::newRow("base path with a trailing slash") << false << set(QStringLiteral("Tessaro/url"), QStringLiteral("ROOT/api/"))
+                                                     << 1 << "warning" << "Tessaro:url" << "ends with \"/\": requests go to …/api//messages/…";
+    QTest::newRow("base path with %00") << false << set(QStringLiteral("Tessaro/url"), QStringLiteral("ROOT/api%00"))
+                                        << 2 << "failure" << "Tessaro:url" << "holds a control character";
+    QTest::newRow("base path with a blank") << false << set(QStringLiteral("Tessaro/url"), QStringLiteral("ROOT/a pi"))
+                                            << 2 << "failure" << "Tessaro:url" << "holds a blank";
+    QTest::newRow("base path of 100 KB") << false << set(QStringLiteral("Tessaro/url"), QStringLiteral("ROOT/") + QString(100 * 1024, QLatin1Char('a')))
+                                         << 2 << "failure" << "Tessaro:url" << "102";
+    QTest::newRow("receipt-number mask that is no regular expression")
+        << false << set(QStringLiteral("Tessaro.ReceiptNumber.2/mask"), QStringLiteral("0*(?<result\\d{1,12}"))
+        << 2 << "failure" << "Tessaro.ReceiptNumber.2:mask" << "\"0*(?<result\\d{1,12}\" is no regular expression";
+    QTest::newRow("VAT codes cut at a semicolon") << false << set(QStringLiteral("raw:[Tessaro.VatCodes]\\n1=1\\n"), QStringLiteral("[Tessaro.VatCodes]\\n1=1\\n5=2;3\\n"))
+                                                  << 2 << "failure" << "[Tessaro.VatCodes] 5" << "\"2;3\" is cut at \";\"";
+    QTest::newRow("gateway off before a gateway") << true << set(QStringLiteral("OrvelGate/tessaro"), QStringLiteral("false"))
+                                                  << 2 << "failure" << "service request" << "refused by the gateway";
     QTest::newRow("time-out above a minute") << false << set(QStringLiteral("Tessaro/timeout"), QStringLiteral("90"))
                                              << 1 << "warning" << "Tessaro:timeout" << "90 s";
     QTest::newRow("missing payment code") << false << set(QStringLiteral("Tessaro.PaymentCodes/3"), QString())
@@ -278,13 +319,31 @@ void TestTillCheck::brokenTillIsNamed()
     startEmulator(gateway ? EmulatorSettings::AuthMode::Gateway : EmulatorSettings::AuthMode::Token);
     QMap<QString, QString> changes;
     for (auto it = settings.cbegin(); it != settings.cend(); ++it)
-        changes.insert(it.key(), it.value().toString().replace(QLatin1String("TOKEN"), m_emulator->tokenUrl().toString()));
+        changes.insert(it.key(), it.value()
+                                     .toString()
+                                     .replace(QLatin1String("TOKEN"), m_emulator->tokenUrl().toString())
+                                     .replace(QLatin1String("ROOT"), m_emulator->baseUrl().adjusted(QUrl::RemovePath).toString()));
     makeTill(changes, gateway);
     const Result result = checkTill();
     QVERIFY2(result.exitCode == exitCode, findings(result.out + result.err).constData());
     const QString found = line(result.out, level, name);
-    QVERIFY2(found.contains(says), findings(result.out).constData());
+    QVERIFY2(found.contains(says), findings(result.out).left(4000).constData());
     verifyNoSecret(result);
+}
+
+void TestTillCheck::gatewayOffBeforeAGatewayNamesTheSwitch()
+{
+    startEmulator(EmulatorSettings::AuthMode::Gateway);
+    makeTill();
+    const QJsonObject json = QJsonDocument::fromJson(checkTill({QStringLiteral("--json")}).out.toUtf8()).object();
+    const QJsonArray checks = json.value(QStringLiteral("checks")).toArray();
+    QString hint;
+    for (const QJsonValue &check : checks) {
+        if (check.toObject().value(QStringLiteral("name")).toString() == QLatin1String("service request"))
+            hint = check.toObject().value(QStringLiteral("hint")).toString();
+    }
+    QVERIFY2(hint.contains(QStringLiteral("switch on OrvelGate:tessaro")), qPrintable(hint));
+    QVERIFY2(!hint.contains(QStringLiteral("Tessaro:tokenUrl")), qPrintable(hint));
 }
 
 void TestTillCheck::selfSignedCertificateIsNamed_data()

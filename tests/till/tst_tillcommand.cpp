@@ -2,6 +2,7 @@
 #include <support/scriptedhttpserver.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -27,6 +28,7 @@ private slots:
     void killedTillContinuesWhereItStopped();
     void restartReplacesTheProcess();
     void shellTakesCommandsAndAnswers();
+    void simulateRefusesMoreJobsThanTheMachineTakes();
 
 private:
     struct Result
@@ -261,6 +263,17 @@ void TestTillCommand::shellTakesCommandsAndAnswers()
     QVERIFY(result.out.contains(QStringLiteral("position 1: 100 ×2 at 5; tessaro.backReason = 2")));
     QVERIFY(result.out.contains(QStringLiteral("close → 2  (1 request(s))")));
     QCOMPARE(m_server->requestCount(), 1);
+}
+
+void TestTillCommand::simulateRefusesMoreJobsThanTheMachineTakes()
+{
+    // Refused before any worker starts: nothing is played, nothing is written.
+    const Result result = till({QStringLiteral("simulate"), QStringLiteral("--jobs"), QStringLiteral("100000"), QStringLiteral("--sessions"),
+                                QStringLiteral("1"), QStringLiteral("--out"), m_dir->filePath(QStringLiteral("failures"))});
+    QCOMPARE(result.exitCode, 2);
+    QVERIFY2(result.err.contains(QStringLiteral("--jobs takes at most")), qPrintable(result.err));
+    QVERIFY(result.out.isEmpty());
+    QVERIFY(!QFileInfo::exists(m_dir->filePath(QStringLiteral("failures"))));
 }
 
 QTEST_GUILESS_MAIN(TestTillCommand)
