@@ -1,5 +1,6 @@
 #include "checkclient.h"
 
+#include "hostsdk/hostadapter.h"
 #include "interfacedetail.h"
 
 #include <restclient.h>
@@ -18,12 +19,12 @@ QString CheckClient::authorizationScheme() const
 
 void CheckClient::boundTimeout(int seconds)
 {
-    restClient->setTimeout(detail::milliseconds(seconds));
+    hostsdk::setTimeout(*restClient, detail::milliseconds(seconds));
 }
 
 http::Response CheckClient::lastExchange() const
 {
-    return restClient->lastResponse();
+    return hostsdk::lastResponse(*restClient);
 }
 
 } // namespace tessaro

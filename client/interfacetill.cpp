@@ -4,6 +4,7 @@
 #include "interface.h"
 
 #include "dao.h"
+#include "hostsdk/hostadapter.h"
 #include "interfacedetail.h"
 
 #include <cashdrawer.h>
@@ -19,7 +20,6 @@
 
 namespace tessaro {
 
-using detail::config;
 using detail::operatorCode;
 
 QJsonObject Interface::tillFields() const
@@ -33,18 +33,17 @@ QJsonObject Interface::tillFields() const
 Response Interface::tillOpen(const QSharedPointer<User> &user, double amount)
 {
     logger->info(QStringLiteral("Открытие смены"));
-    const Config *settings = config();
-    QString hostName = settings->getString(QStringLiteral("Tessaro:hostName"));
+    QString hostName = hostsdk::configString(QStringLiteral("Tessaro:hostName"));
     if (hostName.isEmpty())
         hostName = QHostInfo::localHostName();
 
     QJsonObject body = tillFields();
     body.insert(QStringLiteral("operatorID"), operatorCode(user));
     body.insert(QStringLiteral("operatorName"), user ? user->getName() : QString());
-    body.insert(QStringLiteral("typeTill"), settings->getInt(QStringLiteral("Tessaro:typeTill"), 0));
+    body.insert(QStringLiteral("typeTill"), hostsdk::configInt(QStringLiteral("Tessaro:typeTill"), 0));
     body.insert(QStringLiteral("hostName"), hostName);
-    body.insert(QStringLiteral("nameTypeTill"), settings->getString(QStringLiteral("Tessaro:nameTypeTill"), QStringLiteral("RegularSales")));
-    body.insert(QStringLiteral("enteredAmount"), amount + MockFactory<CashDrawer>::create()->getAmount());
+    body.insert(QStringLiteral("nameTypeTill"), hostsdk::configString(QStringLiteral("Tessaro:nameTypeTill"), QStringLiteral("RegularSales")));
+    body.insert(QStringLiteral("enteredAmount"), amount + hostsdk::cashDrawerAmount());
     fillFiscalInfo(body);
     return send(getUrl(TillOpen, QString()), body, getHeaders(QString()));
 }
@@ -73,14 +72,14 @@ void Interface::fillFiscalInfo(QJsonObject &body) const
     body.insert(QStringLiteral("fiscalRegistrationNo"), getFiscalNumber());
     // A registrar without a fiscal drive reports an empty serial; the field is
     // then left out rather than sent empty.
-    const QString serial = Singleton<FrCollection>::instance()->getFiscalDriveSerial();
+    const QString serial = hostsdk::fiscalDriveSerial();
     if (!serial.isEmpty())
         body.insert(QStringLiteral("fiscalDriveSerialNumber"), serial);
 }
 
 QString Interface::getFiscalNumber() const
 {
-    return QString::number(Singleton<FrCollection>::instance()->getRegistrationNumber());
+    return QString::number(hostsdk::fiscalRegistrationNumber());
 }
 
 QJsonArray Interface::getShiftPayments() const

@@ -2,6 +2,7 @@
 
 #include "checkplugin.h"
 #include "client/checkclient.h"
+#include "hostsdk/hostadapter.h"
 
 #include <basicexception.h>
 #include <config.h>
@@ -18,16 +19,11 @@ namespace tessaro {
 
 namespace {
 
-const Config *config()
-{
-    return Singleton<Config>::instance();
-}
-
 QJsonObject plainSetting(const QString &key, const QJsonValue &value)
 {
     return {{QStringLiteral("key"), key},
-            {QStringLiteral("set"), config()->contains(key)},
-            {QStringLiteral("text"), config()->getString(key)},
+            {QStringLiteral("set"), hostsdk::configContains(key)},
+            {QStringLiteral("text"), hostsdk::configString(key)},
             {QStringLiteral("value"), value}};
 }
 
@@ -40,7 +36,7 @@ QString shownUrl(const QUrl &url)
 QJsonObject urlSetting(const QString &key, const QUrl &value)
 {
     QJsonObject setting = plainSetting(key, shownUrl(value));
-    setting.insert(QStringLiteral("text"), shownUrl(QUrl(config()->getString(key), QUrl::TolerantMode)));
+    setting.insert(QStringLiteral("text"), shownUrl(QUrl(hostsdk::configString(key), QUrl::TolerantMode)));
     setting.insert(QStringLiteral("scheme"), value.scheme());
     setting.insert(QStringLiteral("host"), value.host());
     setting.insert(QStringLiteral("port"), value.port(value.scheme() == QLatin1String("https") ? 443 : 80));
@@ -52,9 +48,9 @@ QJsonObject urlSetting(const QString &key, const QUrl &value)
 // whether blanks stand around it; never a character of it.
 QJsonObject secretSetting(const QString &key)
 {
-    const QString value = config()->getString(key);
+    const QString value = hostsdk::configString(key);
     return {{QStringLiteral("key"), key},
-            {QStringLiteral("set"), config()->contains(key)},
+            {QStringLiteral("set"), hostsdk::configContains(key)},
             {QStringLiteral("secret"), true},
             {QStringLiteral("length"), value.size()},
             {QStringLiteral("blanksAround"), value != value.trimmed()}};
@@ -105,9 +101,9 @@ QJsonObject section(const QString &name, const QJsonObject &map, const std::func
 {
     QJsonObject keys;
     QJsonArray ignored;
-    const QStringList names = config()->keys(name);
+    const QStringList names = hostsdk::configKeys(name);
     for (const QString &key : names) {
-        keys.insert(key, config()->getString(name + QLatin1Char(':') + key));
+        keys.insert(key, hostsdk::configString(name + QLatin1Char(':') + key));
         if (!accepted(key))
             ignored.append(key);
     }
@@ -120,9 +116,9 @@ QJsonObject section(const QString &name, const QJsonObject &map, const std::func
 // The transport's side of an exchange that failed or was refused.
 void addExchange(QJsonObject &report, const http::Response &exchange)
 {
-    report.insert(QStringLiteral("httpCode"), exchange.httpCode());
+    report.insert(QStringLiteral("httpCode"), hostsdk::httpCode(exchange));
     report.insert(QStringLiteral("networkError"), exchange.isNetworkError());
-    if (exchange.errorCode() != 0)
+    if (hostsdk::errorCode(exchange) != 0)
         report.insert(QStringLiteral("transportError"), exchange.errorText().text());
     // The peer's own word on a refusal; a successful token answer never gets here.
     const QJsonObject body = exchange.responseObject();
@@ -158,7 +154,7 @@ QJsonObject InstallationCheck::run() const
 QJsonArray InstallationCheck::settings(const CheckClient &client)
 {
     const auto text = [](const QString &key, const QString &fallback = QString()) {
-        return config()->getString(key, fallback);
+        return hostsdk::configString(key, fallback);
     };
     QJsonObject authorization = secretSetting(QStringLiteral("Tessaro:authorizationHeader"));
     authorization.insert(QStringLiteral("scheme"), client.authorizationScheme());
@@ -173,14 +169,14 @@ QJsonArray InstallationCheck::settings(const CheckClient &client)
         plainSetting(QStringLiteral("Tessaro:validationCouponMask"), client.couponMask()),
         plainSetting(QStringLiteral("Tessaro:operationIdAsCardNumber"), toJson(client.cardNumberPaymentCodes())),
         plainSetting(QStringLiteral("Tessaro:operationIdAsEFTApprovalCode"), toJson(client.approvalCodePaymentCodes())),
-        plainSetting(QStringLiteral("OrvelGate:tessaro"), config()->getBool(QStringLiteral("OrvelGate:tessaro"), false)),
+        plainSetting(QStringLiteral("OrvelGate:tessaro"), hostsdk::configBool(QStringLiteral("OrvelGate:tessaro"), false)),
         secretSetting(QStringLiteral("OrvelGate:appKey")),
         secretSetting(QStringLiteral("OrvelGate:appSecret")),
         plainSetting(QStringLiteral("OrvelGate:xStage"), text(QStringLiteral("OrvelGate:xStage"), QStringLiteral("PreProd"))),
         plainSetting(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"),
-                     config()->getBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"), true)),
+                     hostsdk::configBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"), true)),
         plainSetting(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"),
-                     config()->getBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"), true)),
+                     hostsdk::configBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"), true)),
     };
 }
 
@@ -233,7 +229,7 @@ QJsonObject InstallationCheck::token(CheckClient &client) const
 
 QJsonObject InstallationCheck::signing(const CheckClient &client)
 {
-    const bool on = config()->getBool(QStringLiteral("OrvelGate:tessaro"), false);
+    const bool on = hostsdk::configBool(QStringLiteral("OrvelGate:tessaro"), false);
     QJsonObject report{{QStringLiteral("on"), on}};
     if (!on)
         return report;
