@@ -44,6 +44,8 @@ if(TARGET tessaro-emulator)
     install(TARGETS tessaro-emulator RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 if(TESSARO_PLUGIN_ONLY)
+    # No run path, not even the one qt_standard_project_setup() gives every target.
+    set_target_properties(tessaroback PROPERTIES INSTALL_RPATH "")
     install(TARGETS tessaroback LIBRARY DESTINATION ${TESSARO_HOST_PLUGIN_DIR})
 else()
     # From the tools' plug-in folder to the stand-in, for the plug-in's run path.
