@@ -6,7 +6,7 @@
 #   scripts/tessaro.sh package   build both Debian packages (tools in build/, plug-in against the stand-in SDK) and check them
 #   scripts/tessaro.sh plugin-alone  install the stand-in as a host SDK, build the plug-in alone against it, play the demo with it
 #   scripts/tessaro.sh plugin-package --sdk DIR [--plugin-dir DIR]  the plug-in package for a till, against the host SDK in DIR
-#   scripts/tessaro.sh cleanroot build the package, install it into a clean Debian 12 root, play the demo there
+#   scripts/tessaro.sh cleanroot build the tools package, install it into a clean Debian 12 root, play the demo there
 #   scripts/tessaro.sh newcomer  time demo, then test, from a clone of HEAD in a clean Debian 12 root
 #   scripts/tessaro.sh sanitize  build with clang's ASan+UBSan in build-asan, run the whole suite under them
 #   scripts/tessaro.sh fuzz [S]  build the libFuzzer targets in build-asan, run each for S seconds (default 60)
