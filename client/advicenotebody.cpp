@@ -3,6 +3,7 @@
 
 #include "advicenotebody.h"
 
+#include "hostsdk/hostadapter.h"
 #include "interfacedetail.h"
 #include "responses/rounding.h"
 #include "responses/traceability.h"
@@ -60,7 +61,7 @@ QJsonObject AdviceNoteBody::positionItem(const GoodsItem &position, const ItemRu
     item.insert(QStringLiteral("quantity"), position.getQuantity());
 
     // The position's own reason, when it has one, wins over the document's.
-    const QVariant ownReason = position.getAdditionalData(QStringLiteral("tessaro"), QStringLiteral("backReason"));
+    const QVariant ownReason = hostsdk::additionalData(position, QStringLiteral("tessaro"), QStringLiteral("backReason"));
     bool isNumber = false;
     const int own = ownReason.toInt(&isNumber);
     item.insert(QStringLiteral("returnReason"), !ownReason.isNull() && isNumber ? own : rules.commonReason);
@@ -73,7 +74,7 @@ QJsonObject AdviceNoteBody::positionItem(const GoodsItem &position, const ItemRu
 
 QJsonObject AdviceNoteBody::positionTraceability(const GoodsItem &position, const QString &section)
 {
-    auto record = position.getAdditionalData(section, QStringLiteral("traceability")).value<orvel::Traceability>();
+    auto record = hostsdk::additionalData(position, section, QStringLiteral("traceability")).value<orvel::Traceability>();
     // A goods kit is marked by its barcode when the record has no product code.
     if (record.fz1162Field.isEmpty())
         record.fz1162Field = position.getGoodsKitBarcode();

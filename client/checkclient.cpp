@@ -1,5 +1,6 @@
 #include "checkclient.h"
 
+#include "hostsdk/hostadapter.h"
 #include "interfacedetail.h"
 
 #include <restclient.h>
@@ -18,22 +19,22 @@ QString CheckClient::authorizationScheme() const
 
 int CheckClient::transportTimeoutMs() const
 {
-    return restClient->timeout();
+    return hostsdk::timeout(*restClient);
 }
 
 int CheckClient::longestTransportTimeoutMs() const
 {
-    return restClient->longestTimeout();
+    return hostsdk::longestTimeout(*restClient);
 }
 
 void CheckClient::boundTimeout(int seconds)
 {
-    restClient->setTimeout(detail::milliseconds(seconds));
+    hostsdk::setTimeout(*restClient, detail::milliseconds(seconds));
 }
 
 http::Response CheckClient::lastExchange() const
 {
-    return restClient->lastResponse();
+    return hostsdk::lastResponse(*restClient);
 }
 
 } // namespace tessaro

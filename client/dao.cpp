@@ -1,5 +1,7 @@
 #include "dao.h"
 
+#include "hostsdk/hostadapter.h"
+
 #include <documentsdao.h>
 #include <singleton.h>
 #include <valutcollection.h>
@@ -10,11 +12,10 @@ Dao::~Dao() = default;
 
 QList<Dao::ShiftPayment> Dao::getShiftPayments(int shift) const
 {
-    const DocumentsDao *documents = Singleton<DocumentsDao>::instance();
     QList<ShiftPayment> payments;
-    const QList<int> codes = Singleton<ValutCollection>::instance()->getValutCodes();
+    const QList<int> codes = hostsdk::paymentTypeCodes();
     for (int code : codes)
-        payments.append({code, documents->getPaymentTotal(code, shift).toDouble()});
+        payments.append({code, hostsdk::paymentTotal(code, shift).toDouble()});
     return payments;
 }
 

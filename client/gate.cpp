@@ -1,6 +1,7 @@
 #include "gate.h"
 
 #include "gaterequest.h"
+#include "hostsdk/hostadapter.h"
 
 #include <config.h>
 #include <currenttime.h>
@@ -12,10 +13,9 @@ namespace orvel {
 QHash<QString, QString> getGateHeaders(const QUrl &url, const QByteArray &body, const QHash<QString, QString> &headers,
                                        bool get)
 {
-    const Config *config = Singleton<Config>::instance();
-    const QString stage = config->getString(QStringLiteral("OrvelGate:xStage"), QStringLiteral("PreProd"));
-    const QString appKey = config->getString(QStringLiteral("OrvelGate:appKey"));
-    const QString appSecret = config->getString(QStringLiteral("OrvelGate:appSecret"));
+    const QString stage = tessaro::hostsdk::configString(QStringLiteral("OrvelGate:xStage"), QStringLiteral("PreProd"));
+    const QString appKey = tessaro::hostsdk::configString(QStringLiteral("OrvelGate:appKey"));
+    const QString appSecret = tessaro::hostsdk::configString(QStringLiteral("OrvelGate:appSecret"));
     if (stage.isEmpty() || appKey.isEmpty() || appSecret.isEmpty())
         return headers;
 

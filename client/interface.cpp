@@ -4,6 +4,7 @@
 #include "interface.h"
 
 #include "gate.h"
+#include "hostsdk/hostadapter.h"
 #include "interfacedetail.h"
 #include "responses/connectionerrorexception.h"
 
@@ -17,7 +18,6 @@
 
 namespace tessaro {
 
-using detail::config;
 using detail::milliseconds;
 
 namespace {
@@ -26,7 +26,7 @@ namespace {
 template <typename Store>
 void readSection(const QString &section, Store store)
 {
-    const QStringList names = config()->keys(section);
+    const QStringList names = hostsdk::configKeys(section);
     for (const QString &name : names) {
         bool ok = false;
         const int key = name.toInt(&ok, 10);
@@ -40,7 +40,7 @@ QMap<int, int> readInvertedSection(const QString &section)
 {
     QMap<int, int> map;
     readSection(section, [&map](int serviceCode, const QString &valueKey) {
-        const QList<int> tillCodes = config()->getIntList(valueKey);
+        const QList<int> tillCodes = hostsdk::configIntList(valueKey);
         for (int tillCode : tillCodes)
             map.insert(tillCode, serviceCode);
     });
@@ -51,7 +51,7 @@ QMap<int, QStringList> readListSection(const QString &section)
 {
     QMap<int, QStringList> map;
     readSection(section, [&map](int key, const QString &valueKey) {
-        map.insert(key, config()->getStringList(valueKey));
+        map.insert(key, hostsdk::configStringList(valueKey));
     });
     return map;
 }
@@ -112,9 +112,9 @@ public:
     explicit RepeatableExchanges(RestClient &client)
         : m_client(client)
     {
-        m_client.setRepeatable(true);
+        hostsdk::setRepeatable(m_client, true);
     }
-    ~RepeatableExchanges() { m_client.setRepeatable(false); }
+    ~RepeatableExchanges() { hostsdk::setRepeatable(m_client, false); }
     RepeatableExchanges(const RepeatableExchanges &) = delete;
     RepeatableExchanges &operator=(const RepeatableExchanges &) = delete;
 
@@ -125,7 +125,7 @@ private:
 QList<int> readIntegers(const QString &key)
 {
     QList<int> result;
-    const QStringList values = config()->getStringList(key);
+    const QStringList values = hostsdk::configStringList(key);
     for (const QString &value : values)
         result << value.toInt();
     return result;
@@ -135,23 +135,22 @@ QList<int> readIntegers(const QString &key)
 
 Interface::Interface()
 {
-    Config *settings = config();
-    url = QUrl(settings->getString(QStringLiteral("Tessaro:url"), QStringLiteral("http://localhost")), QUrl::TolerantMode);
-    tokenUrl = QUrl(settings->getString(QStringLiteral("Tessaro:tokenUrl"), QStringLiteral("http://localhost")), QUrl::TolerantMode);
-    useTokenAuth = settings->getBool(QStringLiteral("Tessaro:useTokenAuth"), true);
-    timeout = settings->getLongLong(QStringLiteral("Tessaro:timeout"), 5);
-    clientId = settings->getString(QStringLiteral("Tessaro:clientId"));
-    realmId = settings->getString(QStringLiteral("Tessaro:realmId"));
-    authorizationHeader = settings->getString(QStringLiteral("Tessaro:authorizationHeader"));
+    url = QUrl(hostsdk::configString(QStringLiteral("Tessaro:url"), QStringLiteral("http://localhost")), QUrl::TolerantMode);
+    tokenUrl = QUrl(hostsdk::configString(QStringLiteral("Tessaro:tokenUrl"), QStringLiteral("http://localhost")), QUrl::TolerantMode);
+    useTokenAuth = hostsdk::configBool(QStringLiteral("Tessaro:useTokenAuth"), true);
+    timeout = hostsdk::configLongLong(QStringLiteral("Tessaro:timeout"), 5);
+    clientId = hostsdk::configString(QStringLiteral("Tessaro:clientId"));
+    realmId = hostsdk::configString(QStringLiteral("Tessaro:realmId"));
+    authorizationHeader = hostsdk::configString(QStringLiteral("Tessaro:authorizationHeader"));
 
     logger = Log4Qt::LogManager::logger(QStringLiteral("tessaro"));
     restClient = MockFactory<RestClient>::create();
     restClient->setLogger(logger);
     restClient->setTargetAlias(QStringLiteral("сервису Tessaro"));
-    restClient->setTimeout(milliseconds(timeout));
-    restClient->setSecretHeaders({QStringLiteral("Authorization")});
+    hostsdk::setTimeout(*restClient, milliseconds(timeout));
+    hostsdk::setSecretHeaders(*restClient, {QStringLiteral("Authorization")});
 
-    validationCouponMask = QRegularExpression(settings->getString(QStringLiteral("Tessaro:validationCouponMask"), QStringLiteral("^255.*")));
+    validationCouponMask = QRegularExpression(hostsdk::configString(QStringLiteral("Tessaro:validationCouponMask"), QStringLiteral("^255.*")));
     operationIdAsCardNumber = readIntegers(QStringLiteral("Tessaro:operationIdAsCardNumber"));
     operationIdAsEFTApprovalCode = readIntegers(QStringLiteral("Tessaro:operationIdAsEFTApprovalCode"));
     additionalDataSection = QStringLiteral("orvel");
@@ -207,7 +206,7 @@ Response Interface::request(const QUrl &target, const Headers &headers)
 Interface::Headers Interface::getGateHeaders(const QUrl &target, const QByteArray &body, const Headers &headers,
                                              bool get) const
 {
-    if (!config()->getBool(QStringLiteral("OrvelGate:tessaro"), false))
+    if (!hostsdk::configBool(QStringLiteral("OrvelGate:tessaro"), false))
         return headers;
     return orvel::getGateHeaders(target, body, headers, get);
 }
@@ -223,10 +222,10 @@ Response Interface::handleRequest(const QUrl &target, const QJsonObject &body, c
         // serialisation by the transport could differ from the signed one, and
         // costs as much as the exchange itself.
         if (post)
-            restClient->postRaw(target, json, withJsonContentType(sent));
+            hostsdk::postRaw(*restClient, target, json, withJsonContentType(sent));
         else
-            restClient->get(target, QJsonDocument(), sent);
-        const http::Response reply = restClient->lastResponse();
+            hostsdk::get(*restClient, target, sent);
+        const http::Response reply = hostsdk::lastResponse(*restClient);
         result = Response(reply);
 
         const Response::Status status = result.status();
@@ -273,9 +272,9 @@ TokenResponse Interface::getToken()
         // closed the kept-alive connection as it went out, it goes again on a
         // fresh one instead of failing the return being closed.
         const RepeatableExchanges repeatable(*restClient);
-        restClient->postRaw(tokenUrl, form.toString(QUrl::FullyEncoded).toUtf8(), headers);
+        hostsdk::postRaw(*restClient, tokenUrl, form.toString(QUrl::FullyEncoded).toUtf8(), headers);
     }
-    const TokenResponse reply(restClient->lastResponse());
+    const TokenResponse reply(hostsdk::lastResponse(*restClient));
     reply.checkStatus();
     logger->info(QStringLiteral("Получен токен: %1").arg(reply.token()));
     return reply;
@@ -303,7 +302,7 @@ void Interface::readDiscardPaymentFields()
 
 void Interface::readGateSettings()
 {
-    if (config()->getBool(QStringLiteral("OrvelGate:tessaro"), false)) {
+    if (hostsdk::configBool(QStringLiteral("OrvelGate:tessaro"), false)) {
         useTokenAuth = false;
         logger->info(QStringLiteral("Используется OrvelGate"));
     }

@@ -4,6 +4,7 @@
 #include "interface.h"
 
 #include "advicenotebody.h"
+#include "hostsdk/hostadapter.h"
 #include "interfacedetail.h"
 #include "paymentlines.h"
 
@@ -25,7 +26,6 @@
 namespace tessaro {
 
 using detail::changeRoundingDiscountMode;
-using detail::config;
 using detail::loyaltyCardType;
 using detail::roundingDiscountMode;
 using detail::roundingTotal;
@@ -50,7 +50,7 @@ AdviceNoteResponse Interface::adviceNote(const QSharedPointer<BackDocument> &doc
         return withoutDocument(logger);
     logger->info(QStringLiteral("Создание корзины с помощью готовых данных по чеку возврата"));
     // Open until the service has answered.
-    const QSharedPointer<SimpleProgress> progress = MockFactory<Dialog>::create()->showProgress(
+    const QSharedPointer<SimpleProgress> progress = hostsdk::showProgress(
         tr::Tr(QStringLiteral("tessaroProgress"), QStringLiteral("Обращение к сервису Tessaro")));
     return sendAdviceNote(adviceNoteBody(document, invoice, true), previous);
 }
@@ -78,7 +78,7 @@ QJsonObject Interface::getOriginalInvoiceObject(const InvoiceInfo &invoice) cons
 QJsonArray Interface::getBackPayments(const QSharedPointer<AbstractDocument> &document) const
 {
     PaymentLines lines;
-    const QList<QSharedPointer<MoneyItem>> moneyItems = document->getMoneyItems();
+    const QList<QSharedPointer<MoneyItem>> moneyItems = hostsdk::payments(*document);
     for (const QSharedPointer<MoneyItem> &moneyItem : moneyItems) {
         // A list entry the host left empty pays nothing.
         if (!moneyItem)
@@ -88,11 +88,10 @@ QJsonArray Interface::getBackPayments(const QSharedPointer<AbstractDocument> &do
                                           {QStringLiteral("amount"), moneyItem->getAmount()}});
     }
 
-    const Config *settings = config();
     QSet<int> roundingModes;
-    if (settings->getBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"), true))
+    if (hostsdk::configBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"), true))
         roundingModes.insert(changeRoundingDiscountMode);
-    if (settings->getBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"), true))
+    if (hostsdk::configBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"), true))
         roundingModes.insert(roundingDiscountMode);
     // The service takes the rounding's size only.
     return lines.toJsonArray(lines.hasCash() ? qAbs(roundingTotal(*document, roundingModes)) : 0.0);
@@ -124,14 +123,14 @@ QJsonObject Interface::adviceNoteBody(const QSharedPointer<BackDocument> &docume
     // The customer card is a condition of every return; should the host still
     // close one without it, the service gets an empty number rather than the
     // till failing.
-    const QSharedPointer<DocumentCardRecord> card = document->getCardRecord(loyaltyCardType);
+    const QSharedPointer<DocumentCardRecord> card = hostsdk::cardRecord(*document, loyaltyCardType);
     const QString cardNumber = card ? card->getNumber().toString() : QString();
     AdviceNoteBody body(registry.getCashCode().toInt(), registry.getShopCode().toInt(), getCardBarcode(cardNumber),
                         getOriginalInvoiceObject(invoice));
 
     const AdviceNoteBody::ItemRules rules{vatCodes, additionalDataSection, withVat,
-                                          document->getCommonBackReason().toInt()};
-    const QList<QSharedPointer<GoodsItem>> positions = document->getGoodsItems();
+                                          hostsdk::commonBackReason(*document).toInt()};
+    const QList<QSharedPointer<GoodsItem>> positions = hostsdk::positions(*document);
     for (const QSharedPointer<GoodsItem> &position : positions)
         body.addItem(*position, rules);
 

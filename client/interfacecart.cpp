@@ -3,6 +3,7 @@
 
 #include "interface.h"
 
+#include "hostsdk/hostadapter.h"
 #include "interfacedetail.h"
 #include "responses/connectionerrorexception.h"
 #include "responses/traceability.h"
@@ -20,7 +21,6 @@
 
 namespace tessaro {
 
-using detail::config;
 using detail::loyaltyCardType;
 using detail::operatorCode;
 using detail::traceabilityObject;
@@ -77,7 +77,7 @@ CartUpdateResponse Interface::cartContent(const QString &cartUuid)
 QSharedPointer<DocumentCardRecord> Interface::getCard()
 {
     const QSharedPointer<AbstractDocument> document = Singleton<Session>::instance()->getCurrentDocument();
-    return document ? document->getCardRecord(loyaltyCardType) : nullptr;
+    return document ? hostsdk::cardRecord(*document, loyaltyCardType) : nullptr;
 }
 
 CartUpdateResponse Interface::updateCart(const QString &cartUuid, const QJsonObject &body)
@@ -107,7 +107,7 @@ CartUpdateResponse Interface::readCartBack(const QString &cartUuid)
             return cartContent(cartUuid);
         } catch (const ConnectionErrorException &error) {
             logger->error(error.tr().text());
-            MockFactory<Dialog>::create()->showMessage(error.tr(), Dialog::Error, 0);
+            hostsdk::showMessage(error.tr(), Dialog::Error);
         }
     }
 }
@@ -179,7 +179,7 @@ QJsonObject Interface::itemObject(const GoodsItem &goodsItem, PositionData &posi
     item.insert(QStringLiteral("barcode"), goodsItem.getBarcode());
 
     const bool byInputType5 = goodsItem.checkInputType({GoodsItem::ByCode});
-    const QString exciseEan = goodsItem.getAdditionalData(additionalDataSection, QStringLiteral("ean")).toString();
+    const QString exciseEan = hostsdk::additionalData(goodsItem, additionalDataSection, QStringLiteral("ean")).toString();
     bool settleReason = true;
     if (!exciseEan.isEmpty()) {
         logger->info(QStringLiteral("Для добавления позиции используется EAN от Excise: '%1'").arg(exciseEan));
@@ -210,7 +210,7 @@ QJsonObject Interface::itemObject(const GoodsItem &goodsItem, PositionData &posi
     item.insert(QStringLiteral("scanerInput"), scannerInput);
 
     const auto record =
-        goodsItem.getAdditionalData(additionalDataSection, QStringLiteral("traceability")).value<orvel::Traceability>();
+        hostsdk::additionalData(goodsItem, additionalDataSection, QStringLiteral("traceability")).value<orvel::Traceability>();
     const QJsonObject traceability = traceabilityObject(record);
     if (!traceability.isEmpty())
         item.insert(QStringLiteral("traceability"), traceability);
@@ -231,7 +231,7 @@ int Interface::settleEanReason(const GoodsItem &goodsItem, const PositionData &p
 
 int Interface::getOnlineCheckEanReasonCode() const
 {
-    return config()->getInt(QStringLiteral("Tessaro:onlineCheckEanReasonCode"), -1);
+    return hostsdk::configInt(QStringLiteral("Tessaro:onlineCheckEanReasonCode"), -1);
 }
 
 int Interface::getEanReasonCode() const
@@ -244,7 +244,7 @@ int Interface::getEanReasonCode() const
     QStringList texts;
     for (const QStringList &text : eanReasons)
         texts << text.join(QStringLiteral(", "));
-    const int index = MockFactory<Dialog>::create()->showChoice(
+    const int index = hostsdk::showChoice(
         tr::Tr(QStringLiteral("tessaroEanReasonChoice"), QStringLiteral("Выбор причины добавления товара по коду")), texts);
     // Cancelling ends the addition of the position; the cashier needs no message for it.
     if (index < 0 || index >= eanReasons.size())
@@ -254,7 +254,7 @@ int Interface::getEanReasonCode() const
 
 QJsonObject Interface::getCoupon(const QSharedPointer<GoodsItem> &goodsItem) const
 {
-    const QString number = goodsItem->getAdditionalData(additionalDataSection, QStringLiteral("coupon")).toString();
+    const QString number = hostsdk::additionalData(*goodsItem, additionalDataSection, QStringLiteral("coupon")).toString();
     if (number.isEmpty())
         return {};
     return {{QStringLiteral("number"), number},
@@ -263,7 +263,7 @@ QJsonObject Interface::getCoupon(const QSharedPointer<GoodsItem> &goodsItem) con
 
 bool Interface::validatesCoupons() const
 {
-    return config()->getBool(QStringLiteral("Tessaro:validationCoupon"), false);
+    return hostsdk::configBool(QStringLiteral("Tessaro:validationCoupon"), false);
 }
 
 CartUpdateResponse Interface::quantityOverwrite(const QString &cartUuid, int sequenceNumber, double quantity,
@@ -283,7 +283,7 @@ CartUpdateResponse Interface::quantityOverwrite(const QString &cartUuid, int seq
 CartUpdateResponse Interface::priceOverwrite(const QString &cartUuid, int sequenceNumber, double price, int reasonCode,
                                              const QSharedPointer<User> &user, double quantity)
 {
-    const QSharedPointer<SimpleProgress> progress = MockFactory<Dialog>::create()->showProgress(
+    const QSharedPointer<SimpleProgress> progress = hostsdk::showProgress(
         tr::Tr(QStringLiteral("tessaroProgress"), QStringLiteral("Обращение к сервису Tessaro")));
     QJsonObject change{{QStringLiteral("sequenceNumber"), sequenceNumber},
                        {QStringLiteral("priceGross"), price},

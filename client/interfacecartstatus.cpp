@@ -3,6 +3,7 @@
 
 #include "interface.h"
 
+#include "hostsdk/hostadapter.h"
 #include "interfacedetail.h"
 #include "paymentlines.h"
 
@@ -17,7 +18,6 @@
 
 namespace tessaro {
 
-using detail::config;
 using detail::roundingDiscountMode;
 using detail::roundingTotal;
 
@@ -49,7 +49,7 @@ CartStatusResponse Interface::setCartStatusCancelled(const QString &cartUuid)
 QJsonObject Interface::generatePayloadCartStatusPaid()
 {
     const QSharedPointer<AbstractDocument> document = Singleton<Session>::instance()->getCurrentDocument();
-    const QList<QSharedPointer<MoneyItem>> moneyItems = document ? document->getMoneyItems() : QList<QSharedPointer<MoneyItem>>();
+    const QList<QSharedPointer<MoneyItem>> moneyItems = document ? hostsdk::payments(*document) : QList<QSharedPointer<MoneyItem>>();
     PaymentLines lines;
     for (const QSharedPointer<MoneyItem> &moneyItem : moneyItems) {
         // A list entry the host left empty pays nothing.
@@ -97,7 +97,7 @@ QJsonObject Interface::paymentObject(const QSharedPointer<MoneyItem> &moneyItem)
 QString Interface::processOperationId(const QSharedPointer<MoneyItem> &moneyItem) const
 {
     const QString section = QStringLiteral("Tessaro.ReceiptNumber.%1").arg(moneyItem->getValCode());
-    const QString id = withoutCharacters(moneyItem->getOperationId(), config()->getString(section + QStringLiteral(":symbolsToRemove")));
+    const QString id = withoutCharacters(moneyItem->getOperationId(), hostsdk::configString(section + QStringLiteral(":symbolsToRemove")));
     const QRegularExpressionMatch match = receiptNumberMask(moneyItem->getValCode()).match(id);
     return match.hasMatch() ? match.captured(QStringLiteral("result")) : id;
 }
@@ -105,7 +105,7 @@ QString Interface::processOperationId(const QSharedPointer<MoneyItem> &moneyItem
 QRegularExpression Interface::receiptNumberMask(int currency) const
 {
     return QRegularExpression(QRegularExpression::anchoredPattern(
-        config()->getString(QStringLiteral("Tessaro.ReceiptNumber.%1:mask").arg(currency), QStringLiteral("^(?<result>.*)"))));
+        hostsdk::configString(QStringLiteral("Tessaro.ReceiptNumber.%1:mask").arg(currency), QStringLiteral("^(?<result>.*)"))));
 }
 
 QMap<QString, QString> Interface::getCustomFields(const QSharedPointer<MoneyItem> &moneyItem) const
@@ -114,10 +114,10 @@ QMap<QString, QString> Interface::getCustomFields(const QSharedPointer<MoneyItem
     const QString group = QStringLiteral("Tessaro.CustomFields.") + currency;
     const QSharedPointer<SimpleFormatter> formatter = MockFactory<SimpleFormatter>::create();
     QMap<QString, QString> fields;
-    const QStringList names = config()->keys(group);
+    const QStringList names = hostsdk::configKeys(group);
     for (const QString &name : names) {
-        const QString text = formatter->format(config()->getString(group + QLatin1Char(':') + name), name, moneyItem.data());
-        const QString removed = config()->getString(QStringLiteral("Tessaro.%1.%2:symbolsToRemove").arg(name, currency));
+        const QString text = formatter->format(hostsdk::configString(group + QLatin1Char(':') + name), name, moneyItem.data());
+        const QString removed = hostsdk::configString(QStringLiteral("Tessaro.%1.%2:symbolsToRemove").arg(name, currency));
         fields.insert(name, withoutCharacters(text, removed));
     }
     return fields;

@@ -1,5 +1,6 @@
 #include "interfacedetail.h"
 
+#include "hostsdk/hostadapter.h"
 #include "responses/traceability.h"
 
 #include <abstractdocument.h>
@@ -10,11 +11,6 @@
 #include <limits>
 
 namespace tessaro::detail {
-
-Config *config()
-{
-    return Singleton<Config>::instance();
-}
 
 int milliseconds(qint64 seconds)
 {
@@ -49,8 +45,8 @@ QJsonObject traceabilityObject(const orvel::Traceability &record, bool withGtin)
 
 double roundingTotal(const AbstractDocument &document, const QSet<int> &modes)
 {
-    double total = document.getRoundingSum();
-    const QList<QSharedPointer<DocumentImpact>> impacts = document.getImpacts();
+    double total = hostsdk::roundingSum(document);
+    const QList<QSharedPointer<DocumentImpact>> impacts = hostsdk::impacts(document);
     for (const QSharedPointer<DocumentImpact> &impact : impacts) {
         if (!impact)
             continue;

@@ -10,7 +10,6 @@
 #include <QString>
 
 class AbstractDocument;
-class Config;
 class User;
 
 namespace orvel {
@@ -18,8 +17,6 @@ class Traceability;
 }
 
 namespace tessaro::detail {
-
-Config *config();
 
 // Seconds as the REST client's milliseconds. Seconds beyond what an int holds
 // in milliseconds go as the most it holds, which the client then bounds like

@@ -4,6 +4,7 @@
 #include "interface.h"
 
 #include "dao.h"
+#include "hostsdk/hostadapter.h"
 #include "interfacedetail.h"
 
 #include <cashdrawer.h>
@@ -19,7 +20,6 @@
 
 namespace tessaro {
 
-using detail::config;
 using detail::operatorCode;
 
 QJsonObject Interface::tillFields() const
@@ -32,17 +32,17 @@ QJsonObject Interface::tillFields() const
 
 int Interface::tillType() const
 {
-    return config()->getInt(QStringLiteral("Tessaro:typeTill"), 0);
+    return hostsdk::configInt(QStringLiteral("Tessaro:typeTill"), 0);
 }
 
 QString Interface::tillTypeName() const
 {
-    return config()->getString(QStringLiteral("Tessaro:nameTypeTill"), QStringLiteral("RegularSales"));
+    return hostsdk::configString(QStringLiteral("Tessaro:nameTypeTill"), QStringLiteral("RegularSales"));
 }
 
 QString Interface::tillHostName() const
 {
-    const QString configured = config()->getString(QStringLiteral("Tessaro:hostName"));
+    const QString configured = hostsdk::configString(QStringLiteral("Tessaro:hostName"));
     return configured.isEmpty() ? QHostInfo::localHostName() : configured;
 }
 
@@ -55,7 +55,7 @@ Response Interface::tillOpen(const QSharedPointer<User> &user, double amount)
     body.insert(QStringLiteral("typeTill"), tillType());
     body.insert(QStringLiteral("hostName"), tillHostName());
     body.insert(QStringLiteral("nameTypeTill"), tillTypeName());
-    body.insert(QStringLiteral("enteredAmount"), amount + MockFactory<CashDrawer>::create()->getAmount());
+    body.insert(QStringLiteral("enteredAmount"), amount + hostsdk::cashDrawerAmount());
     fillFiscalInfo(body);
     return send(getUrl(TillOpen, QString()), body, getHeaders(QString()));
 }
@@ -84,14 +84,14 @@ void Interface::fillFiscalInfo(QJsonObject &body) const
     body.insert(QStringLiteral("fiscalRegistrationNo"), getFiscalNumber());
     // A registrar without a fiscal drive reports an empty serial; the field is
     // then left out rather than sent empty.
-    const QString serial = Singleton<FrCollection>::instance()->getFiscalDriveSerial();
+    const QString serial = hostsdk::fiscalDriveSerial();
     if (!serial.isEmpty())
         body.insert(QStringLiteral("fiscalDriveSerialNumber"), serial);
 }
 
 QString Interface::getFiscalNumber() const
 {
-    return QString::number(Singleton<FrCollection>::instance()->getRegistrationNumber());
+    return QString::number(hostsdk::fiscalRegistrationNumber());
 }
 
 QJsonArray Interface::getShiftPayments() const

@@ -5,6 +5,7 @@
 
 #include "backplugindetail.h"
 #include "client/interface.h"
+#include "hostsdk/hostadapter.h"
 #include "returns/backview.h"
 
 #include <actionhandler.h>
@@ -20,8 +21,6 @@
 #include <exception>
 
 namespace tessaro {
-
-using detail::actionQueue;
 
 namespace {
 
@@ -39,11 +38,10 @@ enum class Relation {
 // Each key of a section lists currency codes, and so does its value.
 void readValutRelations(const QString &section, Relation relation, QMap<int, QSet<int>> &relations)
 {
-    const Config *config = Singleton<Config>::instance();
-    const QStringList names = config->keys(section);
+    const QStringList names = hostsdk::configKeys(section);
     for (const QString &name : names) {
         const QList<int> keyCodes = Config::Entry(name).toIntList();
-        const QList<int> valueCodes = Config::Entry(config->getString(section + QLatin1Char(':') + name)).toIntList();
+        const QList<int> valueCodes = Config::Entry(hostsdk::configString(section + QLatin1Char(':') + name)).toIntList();
         const QSet<int> keys(keyCodes.cbegin(), keyCodes.cend());
         const QSet<int> values(valueCodes.cbegin(), valueCodes.cend());
         for (int code : keys)
@@ -173,10 +171,10 @@ bool BackPlugin::registerLoyaltySystem()
 
 void BackPlugin::exitToMenu() const
 {
-    if (Singleton<ContextManager>::instance()->isCurrentContext(EContext::Menu))
+    if (hostsdk::isCurrentContext(EContext::Menu))
         return;
     logger->info(QStringLiteral("Выход в главное меню"));
-    actionQueue()->addAction(control::Action(control::ExitToMenu, {{QStringLiteral("shutdown"), false}}), true);
+    hostsdk::queueAction(control::Action(control::ExitToMenu, {{QStringLiteral("shutdown"), false}}), true);
 }
 
 void BackPlugin::readForbiddenMixedValuts()

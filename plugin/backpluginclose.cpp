@@ -4,6 +4,7 @@
 #include "backplugin.h"
 
 #include "client/interface.h"
+#include "hostsdk/hostadapter.h"
 #include "responses/advicenoteresponse.h"
 #include "responses/response.h"
 #include "responses/shiftclosedexception.h"
@@ -61,9 +62,9 @@ void BackPlugin::settleReturn()
     // return is then not sent again.
     AdviceNoteResponse answer = AdviceNoteResponse::fromMap(getPluginData(AdviceNoteResponseKey).toMap());
     const QSharedPointer<AbstractDocument> document = getDocument();
-    if (document && document->hasType({EDocumentType::Back}))
+    if (document && hostsdk::hasType(*document, {EDocumentType::Back}))
         answer = interface->adviceNote(qSharedPointerObjectCast<BackDocument>(document), getInvoiceInfo(), answer);
-    else if (document && document->hasType({EDocumentType::BackBySale}))
+    else if (document && hostsdk::hasType(*document, {EDocumentType::BackBySale}))
         answer = interface->adviceNote(qSharedPointerObjectCast<BackBySaleDocument>(document), getInvoiceInfo(), answer);
     answer.checkStatus();
 
@@ -73,19 +74,19 @@ void BackPlugin::settleReturn()
     setPluginData(QStringLiteral("invoiceID"), QString(invoiceId).remove(QLatin1Char('/')));
     setPluginData(AdviceNoteResponseKey, answer.toMap());
     // The number and the answer must survive a restart of the till before the close.
-    MockFactory<SaveToFileLogic>::create()->save(document, {});
+    hostsdk::saveDocument(document);
 }
 
 void BackPlugin::showError(const BasicException &e) const
 {
     if (!e.tr().isEmpty())
-        MockFactory<Dialog>::create()->showMessage(e.tr(), Dialog::Information, 0);
+        hostsdk::showMessage(e.tr(), Dialog::Information);
 }
 
 void BackPlugin::shiftOpen()
 {
     logger->info(QStringLiteral("Открытие смены"));
-    const DocumentFacade::CheckResult check = Singleton<DocumentFacade>::instance()->checkShiftOpen({});
+    const DocumentFacade::CheckResult check = hostsdk::checkShiftOpen();
     if (check.failed)
         throw ShiftOpenException(check.message);
 
@@ -96,7 +97,7 @@ void BackPlugin::shiftOpen()
     item.bindToCurrentShift();
     item.setName(QStringLiteral("tillOpen"));
     item.setValue(QString::fromUtf8(QJsonDocument(answer.jsonObject()).toJson(QJsonDocument::Indented)));
-    Singleton<DocumentsDao>::instance()->saveStorageItem(item);
+    hostsdk::saveStorageItem(item);
 }
 
 } // namespace tessaro

@@ -1,5 +1,7 @@
 #include "backplugindetail.h"
 
+#include "hostsdk/hostadapter.h"
+
 #include <actionqueuecontroller.h>
 #include <control/action.h>
 #include <dialog.h>
@@ -11,12 +13,7 @@ namespace tessaro::detail {
 
 void showRefusal(const tr::Tr &message)
 {
-    MockFactory<Dialog>::create()->showMessage(message, Dialog::Error, 0);
-}
-
-ActionQueueController *actionQueue()
-{
-    return Singleton<ActionQueueController>::instance();
+    hostsdk::showMessage(message, Dialog::Error);
 }
 
 EContext::Result refuseIncomplete(const Log4Qt::Logger *logger, const control::Action &action, const QString &missing)

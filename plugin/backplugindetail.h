@@ -7,7 +7,6 @@
 
 #include <QList>
 
-class ActionQueueController;
 class QString;
 
 namespace control {
@@ -29,8 +28,6 @@ inline const QList<int> ReturnTypes{EDocumentType::Back, EDocumentType::BackBySa
 
 // A refusal or an error the cashier has to confirm.
 void showRefusal(const tr::Tr &message);
-
-ActionQueueController *actionQueue();
 
 // Refuses \a action, which lacks what a hook needs (\a missing, as the log
 // names it: "позиции", "документа"), with an error line that says so.

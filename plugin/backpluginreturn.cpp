@@ -4,6 +4,7 @@
 #include "backplugin.h"
 
 #include "backplugindetail.h"
+#include "hostsdk/hostadapter.h"
 #include "returns/backdialog.h"
 
 #include <abstractdocument.h>
@@ -52,7 +53,7 @@ void BackPlugin::setDocument(const QSharedPointer<AbstractDocument> &document)
     if (document == getDocument())
         return;
     DocumentWatcher::setDocument(document);
-    if (!document || !document->hasType(ReturnTypes)) {
+    if (!document || !hostsdk::hasType(*document, ReturnTypes)) {
         disableTriggers(triggerIds);
         return;
     }
@@ -86,7 +87,7 @@ void BackPlugin::setDocument(const QSharedPointer<AbstractDocument> &document)
 
 bool BackPlugin::bindBackBySale(const BackBySaleDocument &document) const
 {
-    const QString identifier = document.getSaleIdentifier();
+    const QString identifier = hostsdk::saleIdentifier(document);
     logger->info(QStringLiteral("Идентификатор чека продажи: %1").arg(identifier));
     if (identifier.size() != 12 && identifier.size() != 24) {
         showRefusal(tr::Tr(QStringLiteral("tessaroBackBySaleIncorrectId"),
@@ -95,8 +96,8 @@ bool BackPlugin::bindBackBySale(const BackBySaleDocument &document) const
     }
 
     InvoiceInfo info(identifier);
-    info.storeNumber = document.getShopCode();
-    const auto source = document.getSourceDocument();
+    info.storeNumber = hostsdk::documentShopCode(document);
+    const auto source = hostsdk::sourceDocument(document);
     info.invoiceDate = (source ? source->getDateTime() : document.getDateTime()).date();
     logger->info(QStringLiteral("Номер оригинального инвойса: %1").arg(info.invoiceIdRaw()));
     storeInvoiceInfo(info);
@@ -118,23 +119,23 @@ EContext::Result BackPlugin::beforeInput(const control::Action &)
 EContext::Result BackPlugin::selectBackReason(const control::Action &action)
 {
     const auto document = getDocument();
-    const auto reasons = document ? Singleton<DictionariesDao>::instance()->getBackReasons(document->getBackReasonDictionaryKind())
+    const auto reasons = document ? hostsdk::backReasons(hostsdk::backReasonDictionaryKind(*document))
                                   : QList<DictionariesDao::BackReason>();
     if (reasons.isEmpty())
         return EContext::Continue;
 
     if (action.value(QStringLiteral("target")).toString() == QLatin1String("document")) {
-        const QVariant previous = document->getCommonBackReason();
-        document->setCommonBackReason(QVariant());
-        if (!MockFactory<DocumentLogic>::create()->chooseCommonBackReason(document, {}))
-            document->setCommonBackReason(previous);
+        const QVariant previous = hostsdk::commonBackReason(*document);
+        hostsdk::setCommonBackReason(*document, QVariant());
+        if (!hostsdk::chooseCommonBackReason(document))
+            hostsdk::setCommonBackReason(*document, previous);
         return EContext::Continue;
     }
 
     const control::args::Core core(action);
     auto position = core.getPosition();
-    if (!position && core.kind() == 1)
-        position = document->getGoodsItemByPosnum(core.positionNumber());
+    if (!position && hostsdk::positionKind(core) == 1)
+        position = hostsdk::positionByNumber(*document, core.positionNumber());
     if (!position) {
         showRefusal(tr::Tr(QStringLiteral("selectedPositionIsNotAProduct"),
                            QStringLiteral("Выбранная позиция не является товаром")));
@@ -146,16 +147,16 @@ EContext::Result BackPlugin::selectBackReason(const control::Action &action)
         QStringList names;
         for (const auto &reason : reasons)
             names << reason.name;
-        chosen = MockFactory<Dialog>::create()->showChoice(
+        chosen = hostsdk::showChoice(
             tr::Tr(QStringLiteral("tessaroPositionBackReason"), QStringLiteral("Выберите причину возврата для товара")), names);
     }
     if (chosen >= 0 && chosen < reasons.size()) {
-        position->setAdditionalData(ReasonNamespace, ReasonKey, reasons.at(chosen).code);
+        hostsdk::setAdditionalData(*position, ReasonNamespace, ReasonKey, reasons.at(chosen).code);
         logger->info(QStringLiteral("Для позиции %1 выбрана причина %2").arg(position->getPosnum()).arg(reasons.at(chosen).name));
-    } else if (const QVariant kept = position->getAdditionalData(ReasonNamespace, ReasonKey); !kept.isNull()) {
+    } else if (const QVariant kept = hostsdk::additionalData(*position, ReasonNamespace, ReasonKey); !kept.isNull()) {
         logger->info(QStringLiteral("Сохранена установленная ранее причина возврата %1").arg(kept.toInt()));
-    } else if (const QVariant common = document->getCommonBackReason(); !common.isNull()) {
-        position->setAdditionalData(ReasonNamespace, ReasonKey, common.toInt());
+    } else if (const QVariant common = hostsdk::commonBackReason(*document); !common.isNull()) {
+        hostsdk::setAdditionalData(*position, ReasonNamespace, ReasonKey, common.toInt());
         logger->info(QStringLiteral("Для позиции %1 установлена общая причина %2").arg(position->getPosnum()).arg(common.toInt()));
     } else {
         logger->info(QStringLiteral("Общая причина возврата не установлена"));
@@ -169,9 +170,9 @@ EContext::Result BackPlugin::beforeAttemptToBackBySale(const control::Action &ac
     const auto document = action.value(QStringLiteral("document")).value<QSharedPointer<AbstractDocument>>();
     if (!document)
         return detail::refuseIncomplete(logger, action, QStringLiteral("документа"));
-    if (!MockFactory<DocumentLogic>::create()->chooseCommonBackReason(document, {}))
+    if (!hostsdk::chooseCommonBackReason(document))
         return EContext::Stop;
-    logger->info(QStringLiteral("Выбрана общая причина возврата: %1").arg(document->getCommonBackReason().toInt()));
+    logger->info(QStringLiteral("Выбрана общая причина возврата: %1").arg(hostsdk::commonBackReason(*document).toInt()));
     return EContext::Continue;
 }
 
@@ -192,7 +193,7 @@ EContext::Result BackPlugin::beforeBackBySale(const control::Action &action)
 
 void BackPlugin::checkBackReasons() const
 {
-    if (Singleton<DictionariesDao>::instance()->getBackReasons(BackReasonDictionary).isEmpty())
+    if (hostsdk::backReasons(BackReasonDictionary).isEmpty())
         showRefusal(tr::Tr(QStringLiteral("tessaroBackReasonListIsEmpty"), QStringLiteral("В таблице причин возврата нет записей")));
 }
 
@@ -234,16 +235,16 @@ void BackPlugin::storeInvoiceInfo(const InvoiceInfo &info) const
     const auto document = getDocument();
     if (!document)
         return;
-    document->setDocumentProperty(QStringLiteral("invoiceInfo"), info.toMap());
-    document->setDocumentProperty(QStringLiteral("originalInvoiceIDRaw"), info.invoiceIdRaw());
-    document->setDocumentProperty(QStringLiteral("originalInvoiceID"), info.invoiceId());
-    document->markChanged();
+    hostsdk::setDocumentProperty(*document, QStringLiteral("invoiceInfo"), info.toMap());
+    hostsdk::setDocumentProperty(*document, QStringLiteral("originalInvoiceIDRaw"), info.invoiceIdRaw());
+    hostsdk::setDocumentProperty(*document, QStringLiteral("originalInvoiceID"), info.invoiceId());
+    hostsdk::markChanged(*document);
 }
 
 InvoiceInfo BackPlugin::getInvoiceInfo() const
 {
     const auto document = getDocument();
-    return document ? InvoiceInfo::fromMap(document->getDocumentProperty(QStringLiteral("invoiceInfo")).toMap()) : InvoiceInfo();
+    return document ? InvoiceInfo::fromMap(hostsdk::documentProperty(*document, QStringLiteral("invoiceInfo")).toMap()) : InvoiceInfo();
 }
 
 } // namespace tessaro

@@ -5,6 +5,7 @@
 #include "backplugin.h"
 
 #include "backplugindetail.h"
+#include "hostsdk/hostadapter.h"
 
 #include <abstractdocument.h>
 #include <actionqueuecontroller.h>
@@ -24,7 +25,6 @@
 
 namespace tessaro {
 
-using detail::actionQueue;
 using detail::ReturnTypes;
 using detail::showRefusal;
 
@@ -51,7 +51,7 @@ bool quantityGiven(const GoodsItem &position)
 {
     if (!sessionModifiers().isSet(modifiers::Quantity))
         return false;
-    const double quantity = sessionModifiers().getValue(modifiers::Quantity).value<Quantity>().value();
+    const double quantity = hostsdk::modifierValue(sessionModifiers(), modifiers::Quantity).value<Quantity>().value();
     // A position without a unit is counted in pieces.
     const QSharedPointer<TmcUnit> unit = position.getTmcUnit();
     return quantity != 1.0 || (unit && unit->isFractional());
@@ -89,9 +89,9 @@ EContext::Result BackPlugin::beforePositionAdd(const control::Action &action)
     if (!quantityGiven(*position)) {
         const control::Action input(control::InputQuantity, {});
         control::args::Core(input).setPosition(position);
-        if (actionQueue()->runAction(input) != EContext::Continue)
+        if (hostsdk::runAction(input) != EContext::Continue)
             return EContext::Stop;
-        const double quantity = sessionModifiers().getValue(modifiers::Quantity).value<Quantity>().value();
+        const double quantity = hostsdk::modifierValue(sessionModifiers(), modifiers::Quantity).value<Quantity>().value();
         if (!given(quantity, MinimalQuantity))
             return EContext::Stop;
         position->setBquant(quantity);
@@ -103,8 +103,8 @@ EContext::Result BackPlugin::beforePositionAdd(const control::Action &action)
     action.insert(skipChoiceReason, true);
     const control::Action input(control::InputPrice, {});
     input.insert(skipChoiceReason, true);
-    actionQueue()->runAction(input);
-    const double price = sessionModifiers().getValue(modifiers::Price).toDouble();
+    hostsdk::runAction(input);
+    const double price = hostsdk::modifierValue(sessionModifiers(), modifiers::Price).toDouble();
     if (!given(price, MinimalPrice))
         return EContext::Stop;
     position->setPrice(price);
@@ -119,7 +119,7 @@ EContext::Result BackPlugin::checkPaymentRestrictions(const control::Action &act
 
     const auto document = getDocument();
     const QSet<int> forbidden = forbiddenMixedValuts.value(code);
-    const auto payments = document ? document->getMoneyItems() : QList<QSharedPointer<MoneyItem>>();
+    const auto payments = document ? hostsdk::payments(*document) : QList<QSharedPointer<MoneyItem>>();
     const bool conflict = std::any_of(payments.cbegin(), payments.cend(), [&forbidden](const QSharedPointer<MoneyItem> &payment) {
         return payment && forbidden.contains(payment->getValCode());
     });
@@ -132,7 +132,7 @@ EContext::Result BackPlugin::checkPaymentRestrictions(const control::Action &act
 EContext::Result BackPlugin::beforeStornoAll(const control::Action &)
 {
     const auto document = getDocument();
-    exitAfterStornoAll = document && document->hasType(ReturnTypes);
+    exitAfterStornoAll = document && hostsdk::hasType(*document, ReturnTypes);
     return EContext::Continue;
 }
 

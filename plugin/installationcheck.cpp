@@ -2,6 +2,7 @@
 
 #include "checkplugin.h"
 #include "client/checkclient.h"
+#include "hostsdk/hostadapter.h"
 
 #include <basicexception.h>
 #include <config.h>
@@ -19,16 +20,11 @@ namespace tessaro {
 
 namespace {
 
-const Config *config()
-{
-    return Singleton<Config>::instance();
-}
-
 QJsonObject plainSetting(const QString &key, const QJsonValue &value)
 {
     return {{QStringLiteral("key"), key},
-            {QStringLiteral("set"), config()->contains(key)},
-            {QStringLiteral("text"), config()->getString(key)},
+            {QStringLiteral("set"), hostsdk::configContains(key)},
+            {QStringLiteral("text"), hostsdk::configString(key)},
             {QStringLiteral("value"), value}};
 }
 
@@ -41,13 +37,13 @@ QString shownUrl(const QUrl &url)
 QJsonObject urlSetting(const QString &key, const QUrl &value)
 {
     QJsonObject setting = plainSetting(key, shownUrl(value));
-    setting.insert(QStringLiteral("text"), shownUrl(QUrl(config()->getString(key), QUrl::TolerantMode)));
+    setting.insert(QStringLiteral("text"), shownUrl(QUrl(hostsdk::configString(key), QUrl::TolerantMode)));
     setting.insert(QStringLiteral("scheme"), value.scheme());
     setting.insert(QStringLiteral("host"), value.host());
     setting.insert(QStringLiteral("port"), value.port(value.scheme() == QLatin1String("https") ? 443 : 80));
     setting.insert(QStringLiteral("valid"), value.isValid() && !value.host().isEmpty());
     // What makes an address unusable although it parses: the till judges these.
-    const QString text = config()->getString(key);
+    const QString text = hostsdk::configString(key);
     // QUrl keeps control characters percent-encoded, even when asked to decode.
     static const QRegularExpression control(QStringLiteral("%(?:[01][0-9a-f]|7f)"), QRegularExpression::CaseInsensitiveOption);
     setting.insert(QStringLiteral("length"), text.size());
@@ -61,9 +57,9 @@ QJsonObject urlSetting(const QString &key, const QUrl &value)
 // whether blanks stand around it; never a character of it.
 QJsonObject secretSetting(const QString &key)
 {
-    const QString value = config()->getString(key);
+    const QString value = hostsdk::configString(key);
     return {{QStringLiteral("key"), key},
-            {QStringLiteral("set"), config()->contains(key)},
+            {QStringLiteral("set"), hostsdk::configContains(key)},
             {QStringLiteral("secret"), true},
             {QStringLiteral("length"), value.size()},
             {QStringLiteral("blanksAround"), value != value.trimmed()}};
@@ -114,9 +110,9 @@ QJsonObject section(const QString &name, const QJsonObject &map, const std::func
 {
     QJsonObject keys;
     QJsonArray ignored;
-    const QStringList names = config()->keys(name);
+    const QStringList names = hostsdk::configKeys(name);
     for (const QString &key : names) {
-        keys.insert(key, config()->getString(name + QLatin1Char(':') + key));
+        keys.insert(key, hostsdk::configString(name + QLatin1Char(':') + key));
         if (!accepted(key))
             ignored.append(key);
     }
@@ -140,9 +136,9 @@ QString answerShape(const QByteArray &body)
 // The transport's side of an exchange that failed or was refused.
 void addExchange(QJsonObject &report, const http::Response &exchange)
 {
-    report.insert(QStringLiteral("httpCode"), exchange.httpCode());
+    report.insert(QStringLiteral("httpCode"), hostsdk::httpCode(exchange));
     report.insert(QStringLiteral("networkError"), exchange.isNetworkError());
-    if (exchange.errorCode() != 0)
+    if (hostsdk::errorCode(exchange) != 0)
         report.insert(QStringLiteral("transportError"), exchange.errorText().text());
     report.insert(QStringLiteral("answerShape"), answerShape(exchange.body()));
     report.insert(QStringLiteral("answerBytes"), exchange.body().size());
@@ -164,11 +160,11 @@ QJsonObject receiptNumber(const CheckClient &client, int currency)
     const QString section = QStringLiteral("Tessaro.ReceiptNumber.%1").arg(currency);
     const QString maskKey = section + QStringLiteral(":mask");
     const QRegularExpression mask = client.receiptNumberMask(currency);
-    QJsonObject report{{QStringLiteral("maskSet"), config()->contains(maskKey)},
-                       {QStringLiteral("mask"), config()->getString(maskKey)},
+    QJsonObject report{{QStringLiteral("maskSet"), hostsdk::configContains(maskKey)},
+                       {QStringLiteral("mask"), hostsdk::configString(maskKey)},
                        {QStringLiteral("valid"), mask.isValid()},
                        {QStringLiteral("resultGroup"), mask.namedCaptureGroups().contains(QStringLiteral("result"))},
-                       {QStringLiteral("symbolsToRemove"), config()->getString(section + QStringLiteral(":symbolsToRemove"))}};
+                       {QStringLiteral("symbolsToRemove"), hostsdk::configString(section + QStringLiteral(":symbolsToRemove"))}};
     if (!mask.isValid())
         report.insert(QStringLiteral("error"), QStringLiteral("%1 at offset %2").arg(mask.errorString()).arg(mask.patternErrorOffset()));
     return report;
@@ -178,11 +174,11 @@ QJsonObject customFields(int currency)
 {
     const QString group = QStringLiteral("Tessaro.CustomFields.%1").arg(currency);
     QJsonObject fields;
-    const QStringList names = config()->keys(group);
+    const QStringList names = hostsdk::configKeys(group);
     for (const QString &name : names) {
-        fields.insert(name, QJsonObject{{QStringLiteral("template"), config()->getString(group + QLatin1Char(':') + name)},
+        fields.insert(name, QJsonObject{{QStringLiteral("template"), hostsdk::configString(group + QLatin1Char(':') + name)},
                                         {QStringLiteral("symbolsToRemove"),
-                                         config()->getString(QStringLiteral("Tessaro.%1.%2:symbolsToRemove").arg(name).arg(currency))}});
+                                         hostsdk::configString(QStringLiteral("Tessaro.%1.%2:symbolsToRemove").arg(name).arg(currency))}});
     }
     return fields;
 }
@@ -214,7 +210,7 @@ QJsonObject InstallationCheck::run() const
 QJsonArray InstallationCheck::settings(const CheckClient &client)
 {
     const auto text = [](const QString &key, const QString &fallback = QString()) {
-        return config()->getString(key, fallback);
+        return hostsdk::configString(key, fallback);
     };
     QJsonObject authorization = secretSetting(QStringLiteral("Tessaro:authorizationHeader"));
     authorization.insert(QStringLiteral("scheme"), client.authorizationScheme());
@@ -234,14 +230,14 @@ QJsonArray InstallationCheck::settings(const CheckClient &client)
         plainSetting(QStringLiteral("Tessaro:hostName"), client.tillHostName()),
         plainSetting(QStringLiteral("Tessaro:operationIdAsCardNumber"), toJson(client.cardNumberPaymentCodes())),
         plainSetting(QStringLiteral("Tessaro:operationIdAsEFTApprovalCode"), toJson(client.approvalCodePaymentCodes())),
-        plainSetting(QStringLiteral("OrvelGate:tessaro"), config()->getBool(QStringLiteral("OrvelGate:tessaro"), false)),
+        plainSetting(QStringLiteral("OrvelGate:tessaro"), hostsdk::configBool(QStringLiteral("OrvelGate:tessaro"), false)),
         secretSetting(QStringLiteral("OrvelGate:appKey")),
         secretSetting(QStringLiteral("OrvelGate:appSecret")),
         plainSetting(QStringLiteral("OrvelGate:xStage"), text(QStringLiteral("OrvelGate:xStage"), QStringLiteral("PreProd"))),
         plainSetting(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"),
-                     config()->getBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"), true)),
+                     hostsdk::configBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"), true)),
         plainSetting(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"),
-                     config()->getBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"), true)),
+                     hostsdk::configBool(QStringLiteral("TessaroBack.PaymentRoundingAmount:fiscalRound"), true)),
     };
 }
 
@@ -316,7 +312,7 @@ QJsonObject InstallationCheck::token(CheckClient &client) const
 
 QJsonObject InstallationCheck::signing(const CheckClient &client)
 {
-    const bool on = config()->getBool(QStringLiteral("OrvelGate:tessaro"), false);
+    const bool on = hostsdk::configBool(QStringLiteral("OrvelGate:tessaro"), false);
     QJsonObject report{{QStringLiteral("on"), on}};
     if (!on)
         return report;

@@ -1,11 +1,11 @@
 #include "response.h"
 
 #include "connectionerrorexception.h"
+#include "hostsdk/hostadapter.h"
 #include "shiftclosedexception.h"
 
 #include <basicexception.h>
 #include <http/response.h>
-
 
 namespace tessaro {
 
@@ -39,8 +39,8 @@ Response::Response(const QJsonObject &json)
 Response::Response(const http::Response &response)
     : object(response.responseObject())
     , array(response.responseArray())
-    , transportCode(response.httpCode())
-    , errorCode(response.errorCode())
+    , transportCode(hostsdk::httpCode(response))
+    , errorCode(hostsdk::errorCode(response))
     , errorText(response.errorText())
     , body(response.body())
     , url(response.url())

@@ -3,8 +3,10 @@
 # configures, builds and runs.
 #   scripts/tessaro.sh demo      build the till and the plug-in, then play the bundled till scenarios
 #   scripts/tessaro.sh test      build everything, then run the whole test suite through CTest
-#   scripts/tessaro.sh package   build the Debian package in build/ and check it with lintian
-#   scripts/tessaro.sh cleanroot build the package, install it into a clean Debian 12 root, play the demo there
+#   scripts/tessaro.sh package   build both Debian packages (tools in build/, plug-in against the stand-in SDK) and check them
+#   scripts/tessaro.sh plugin-alone  install the stand-in as a host SDK, build the plug-in alone against it, play the demo with it
+#   scripts/tessaro.sh plugin-package --sdk DIR [--plugin-dir DIR]  the plug-in package for a till, against the host SDK in DIR
+#   scripts/tessaro.sh cleanroot build the tools package, install it into a clean Debian 12 root, play the demo there
 #   scripts/tessaro.sh newcomer  time demo, then test, from a clone of HEAD in a clean Debian 12 root
 #   scripts/tessaro.sh sanitize  build with clang's ASan+UBSan in build-asan, run the whole suite under them
 #   scripts/tessaro.sh fuzz [S]  build the libFuzzer targets in build-asan, run each for S seconds (default 60)
@@ -18,6 +20,9 @@ set -euo pipefail
 
 here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${TESSARO_BUILD_DIR:-$here/build}"
+# The plug-in-only build, and the stand-in installed as a host SDK for it.
+plugin_build="${TESSARO_PLUGIN_BUILD_DIR:-$here/build-plugin}"
+standin_sdk="${TESSARO_STANDIN_SDK_DIR:-$build/host-sdk}"
 jobs="${TESSARO_JOBS:-$(nproc)}"
 
 packages=(
@@ -82,26 +87,52 @@ configure_sanitized() {
         -DCMAKE_CXX_COMPILER=clang++-14 -DTESSARO_WERROR=ON -DTESSARO_SANITIZE=ON -DTESSARO_FUZZ=ON
 }
 
-# The package's binaries and documents, then the package; lintian must report
-# no error and the package must stay under 10 MB.
-build_package() {
+# The tools package from build/: its binaries and documents, then the package.
+build_tools_package() {
     configure >/dev/null
     cmake --build "$build" -j "$jobs" --target tessaro-till tessaro-emulator tessaroback packagedocs manpages
-    # CPack's staging copy (170 MB, mostly debug symbols) is not kept.
-    (cd "$build" && rm -f ./*.deb ./*.ddeb && cpack -G DEB >/dev/null && rm -rf _CPack_Packages)
+    make_package "$build"
+}
+
+# CPack's staging copy (170 MB, mostly debug symbols) is not kept.
+make_package() {
+    (cd "$1" && rm -f ./*.deb ./*.ddeb ./*.lintian.log && cpack -G DEB >/dev/null && rm -rf _CPack_Packages)
+}
+
+# The stand-in under build/ installed as a host SDK into a fresh prefix:
+# headers, libhost.so and the CMake package TessaroHostSDK.
+install_standin_sdk() {
+    configure >/dev/null
+    cmake --build "$build" -j "$jobs" --target host
+    rm -rf "$standin_sdk"
+    cmake --install "$build" --component sdk --prefix "$standin_sdk" >/dev/null
+    echo "plugin: the stand-in SDK in $standin_sdk"
+}
+
+# The plug-in alone, from its own build tree, against the host SDK in $1;
+# further arguments go to CMake.
+build_plugin_alone() {
+    local sdk="$1"
+    shift
+    local start=$SECONDS
+    cmake -S "$here" -B "$plugin_build" -G Ninja -DCMAKE_BUILD_TYPE="${TESSARO_BUILD_TYPE:-RelWithDebInfo}" \
+        -DTESSARO_WERROR=ON -DCMAKE_INSTALL_PREFIX=/usr -DTESSARO_PLUGIN_ONLY=ON -DTESSARO_HOST_SDK="$sdk" "$@" >/dev/null
+    cmake --build "$plugin_build" -j "$jobs" --target tessaroback packagedocs
+    echo "plugin: built alone against $sdk in $((SECONDS - start)) s: $plugin_build/plugins/libtessaroback.so"
+}
+
+# Both packages, each checked by scripts/packagecheck.sh: lintian without
+# error, under 10 MB, working document links, and the plug-in package holding
+# the plug-in alone without a run path.
+build_packages() {
+    build_tools_package
+    install_standin_sdk
+    build_plugin_alone "$standin_sdk"
+    make_package "$plugin_build"
     local deb
-    deb="$(ls "$build"/tessaroback_*.deb)"
-    echo "package: $(basename "$deb"), $(du -k "$deb" | cut -f1) KiB; symbols in $(basename "$(ls "$build"/tessaroback-dbgsym_*.ddeb)")"
-    # lintian leaves the mark E: on an error, W: on a warning.
-    lintian --tag-display-limit 0 "$deb" | tee "$build/lintian.log"
-    if grep -q '^E: ' "$build/lintian.log"; then
-        echo "package: lintian reports errors" >&2
-        exit 1
-    fi
-    if [ "$(stat -c %s "$deb")" -ge $((10 * 1024 * 1024)) ]; then
-        echo "package: over 10 MB" >&2
-        exit 1
-    fi
+    for deb in "$build"/tessaroback-tools_*.deb "$plugin_build"/tessaroback_*.deb; do
+        "$here/scripts/packagecheck.sh" "$deb"
+    done
 }
 
 # Any sanitizer report ends the process with an error, and so fails its test.
@@ -175,13 +206,39 @@ case "${1:-}" in
     package)
         shift
         install_missing "${packages[@]}" "${package_packages[@]}"
-        build_package
+        build_packages
+        ;;
+    plugin-alone)
+        shift
+        install_missing "${packages[@]}"
+        install_standin_sdk
+        build_plugin_alone "$standin_sdk"
+        # The till of build/ (the emulator runs inside it) plays the demo through that plug-in.
+        cmake --build "$build" -j "$jobs" --target tessaro-till
+        "$build/bin/tessaro-till" demo --plugins "$plugin_build/plugins" "$@"
+        ;;
+    plugin-package)
+        shift
+        sdk=""
+        plugin_dir=()
+        while [ $# -gt 0 ]; do
+            case "$1" in
+                --sdk) sdk="$(realpath "${2:?--sdk needs the folder of the host SDK}")"; shift 2 ;;
+                --plugin-dir) plugin_dir=(-DTESSARO_HOST_PLUGIN_DIR="${2:?--plugin-dir needs the plug-in folder of the host}"); shift 2 ;;
+                *) echo "tessaro: plugin-package: unknown argument '$1'" >&2; exit 2 ;;
+            esac
+        done
+        [ -n "$sdk" ] || { echo "tessaro: plugin-package needs --sdk DIR, the host SDK's folder" >&2; exit 2; }
+        install_missing "${packages[@]}" "${package_packages[@]}"
+        build_plugin_alone "$sdk" "${plugin_dir[@]}"
+        make_package "$plugin_build"
+        "$here/scripts/packagecheck.sh" "$plugin_build"/tessaroback_*.deb
         ;;
     cleanroot)
         shift
         install_missing "${packages[@]}" "${package_packages[@]}" "${cleanroot_packages[@]}"
-        build_package
-        exec "$here/scripts/cleanroot.sh" "$build"/tessaroback_*.deb
+        build_tools_package
+        exec "$here/scripts/cleanroot.sh" "$build"/tessaroback-tools_*.deb
         ;;
     newcomer)
         shift

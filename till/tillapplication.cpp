@@ -119,8 +119,8 @@ QString TillApplication::defaultPluginFolder()
     const QString build = QStringLiteral(TESSARO_BUILD_PLUGIN_DIR);
     if (QFileInfo::exists(QDir(build).filePath(PluginHost::libraryName())))
         return build;
-    // Installed: the host plug-in folder, relative to the install prefix unless absolute.
-    const QString installed = QStringLiteral(TESSARO_HOST_PLUGIN_DIR);
+    // Installed: the tools' own copy of the plug-in, relative to the install prefix unless absolute.
+    const QString installed = QStringLiteral(TESSARO_TOOLS_PLUGIN_DIR);
     if (QDir::isAbsolutePath(installed))
         return installed;
     return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../") + installed);

@@ -23,7 +23,7 @@ public:
 
     /// Where the plug-in is looked for without --plugins: $TESSARO_PLUGIN_DIR,
     /// else the build's plug-in folder when it holds the plug-in, else the
-    /// installed host plug-in folder (next to the program's own folder).
+    /// plug-in folder of the installed tools (next to the program's own folder).
     static QString defaultPluginFolder();
 
 private:
