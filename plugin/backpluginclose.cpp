@@ -73,7 +73,10 @@ void BackPlugin::settleReturn()
     setPluginData(QStringLiteral("invoiceID"), QString(invoiceId).remove(QLatin1Char('/')));
     setPluginData(AdviceNoteResponseKey, answer.toMap());
     // The number and the answer must survive a restart of the till before the close.
-    MockFactory<SaveToFileLogic>::create()->save(document, {});
+    // The service has settled the return whatever the disk does, so the close
+    // goes on; the answer stays on the document for the host's next save.
+    if (!MockFactory<SaveToFileLogic>::create()->save(document, {}))
+        logger->error(QStringLiteral("Не удалось сохранить документ с номером инвойса возврата %1").arg(invoiceId));
 }
 
 void BackPlugin::showError(const BasicException &e) const
