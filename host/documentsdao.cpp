@@ -52,10 +52,33 @@ bool DocumentsDao::exec(const QString &statement, const QVariantList &values) co
     query.prepare(statement);
     for (const QVariant &value : values)
         query.addBindValue(value);
-    if (query.exec())
-        return true;
-    qWarning("documents store %s: %s", qPrintable(m_file), qPrintable(query.lastError().text()));
-    return false;
+    return result(query.exec() ? QSqlError() : query.lastError());
+}
+
+bool DocumentsDao::transaction()
+{
+    QSqlDatabase db = QSqlDatabase::database(m_connection);
+    return result(db.transaction() ? QSqlError() : db.lastError());
+}
+
+bool DocumentsDao::commit()
+{
+    QSqlDatabase db = QSqlDatabase::database(m_connection);
+    return result(db.commit() ? QSqlError() : db.lastError());
+}
+
+bool DocumentsDao::rollback()
+{
+    QSqlDatabase db = QSqlDatabase::database(m_connection);
+    return result(db.rollback() ? QSqlError() : db.lastError());
+}
+
+bool DocumentsDao::result(const QSqlError &error) const
+{
+    m_lastError = error.isValid() ? error.text() : QString();
+    if (error.isValid())
+        qWarning("documents store %s: %s", qPrintable(m_file), qPrintable(m_lastError));
+    return !error.isValid();
 }
 
 bool DocumentsDao::saveStorageItem(const StorageItem &item)

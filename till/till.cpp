@@ -10,6 +10,7 @@
 #include <basicloyaltysystem.h>
 #include <config.h>
 #include <contextmanager.h>
+#include <dialog.h>
 #include <dictionariesdao.h>
 #include <documentsdao.h>
 #include <frcollection.h>
@@ -19,6 +20,9 @@
 #include <session.h>
 #include <singleton.h>
 #include <valutcollection.h>
+
+#include <algorithm>
+#include <csignal>
 
 namespace till {
 
@@ -31,7 +35,12 @@ Till::Till(const TillDataFolder &folder, Cashier *cashier, ActionLog *log)
     , m_presenter(std::make_unique<FormPresenter>(cashier, log))
     , m_hostActions(std::make_unique<HostActions>(this, cashier, log))
 {
-    m_pipeline.setObserver([log](const ActionPipeline::Step &step) { log->addStep(step); });
+    m_pipeline.setObserver([this](const ActionPipeline::Step &step) {
+        m_log->addStep(step);
+        if (m_killAfterHook && step.kind == ActionPipeline::Step::BeforeTrigger && step.actionType == *m_killAfterHook
+            && step.result != EContext::Stop)
+            ::raise(SIGKILL);
+    });
     m_hostActions->install(&m_pipeline);
 }
 
@@ -156,7 +165,7 @@ void Till::open(const QSharedPointer<AbstractDocument> &document)
     Singleton<Session>::instance()->setCurrentDocument(document);
     Singleton<ContextManager>::instance()->setCurrentContext(EContext::Document);
     m_state.setCurrentDocument(document->getId());
-    m_state.save(nullptr);
+    saveState();
     if (loyaltySystem())
         loyaltySystem()->setDocument(document);
     Singleton<ActionQueueController>::instance()->processQueue();
@@ -172,7 +181,7 @@ void Till::closeCurrent()
 {
     Singleton<Session>::instance()->setCurrentDocument({});
     m_state.setCurrentDocument(QString());
-    m_state.save(nullptr);
+    saveState();
     showMenu();
 }
 
@@ -182,17 +191,54 @@ EContext::Result Till::run(const control::Action &action, EContext::Code context
     const QSharedPointer<AbstractDocument> document = currentDocument();
     const EContext::Result result = m_pipeline.run(action);
     Singleton<ActionQueueController>::instance()->processQueue();
+    if (m_strictHost)
+        return result;
     // The document the action worked on is saved even when the action closed it.
     if (document)
-        m_documents.save(document);
-    saveCurrent();
+        save(document);
+    if (currentDocument() != document)
+        saveCurrent();
     return result;
 }
 
 void Till::saveCurrent()
 {
     if (const auto document = currentDocument())
-        m_documents.save(document);
+        save(document);
+}
+
+bool Till::save(const QSharedPointer<AbstractDocument> &document)
+{
+    if (m_documents.save(document))
+        return true;
+    storeFailed(QStringLiteral("the document %1 could not be written to %2").arg(document->getId(), m_folder.documentsDir()));
+    return false;
+}
+
+void Till::hostChanged(const QSharedPointer<AbstractDocument> &document)
+{
+    if (m_strictHost)
+        save(document);
+}
+
+void Till::saveState()
+{
+    QString error;
+    if (!m_state.save(&error))
+        storeFailed(error);
+}
+
+void Till::storeFailed(const QString &what)
+{
+    static const QString prefix = QStringLiteral("the till's store failed: ");
+    // Once an action is enough for the cashier; the record keeps every failure.
+    const QStringList &earlier = m_log->current().failures;
+    const bool shown = std::any_of(earlier.cbegin(), earlier.cend(), [](const QString &failure) { return failure.startsWith(prefix); });
+    m_log->addFailure(prefix + what);
+    if (!shown) {
+        MockFactory<Dialog>::create()->showMessage(
+            tr::Tr(QStringLiteral("tillStoreError"), QStringLiteral("Ошибка записи на диск кассы: данные не сохранены")), Dialog::Error, 0);
+    }
 }
 
 } // namespace till

@@ -198,8 +198,13 @@ int TillApplication::run(const QStringList &arguments)
     const QCommandLineOption again(QStringLiteral("again"), QStringLiteral("Start the scenario over instead of continuing an unfinished run."));
     const QCommandLineOption inProcess(QStringLiteral("restart-in-process"),
                                        QStringLiteral("Restart the till within the process instead of replacing the process."));
+    const QCommandLineOption strict(QStringLiteral("strict-host"),
+                                    QStringLiteral("Save documents only where a host must (opening, its own changes, closing), not after every action."));
+    // The simulation's killed runs: the till dies right after a hook of action type TYPE lets the action go on.
+    QCommandLineOption killAfterHook(QStringLiteral("kill-after-hook"), QStringLiteral("Kill the till after a hook of TYPE."), QStringLiteral("TYPE"));
+    killAfterHook.setFlags(QCommandLineOption::HiddenFromHelp);
     const QCommandLineOption verbose = verboseOption();
-    parser.addOptions({data, plugins, report, again, inProcess, verbose});
+    parser.addOptions({data, plugins, report, again, inProcess, strict, killAfterHook, verbose});
     parser.addPositionalArgument(QStringLiteral("SCENARIO"), QStringLiteral("The scenario file (docs/scenarios.md)."));
     const int parsed = parse(&parser, arguments,
                              QStringLiteral("Plays a scenario on the till and reports each action's hooks, dialogs and requests.\n"
@@ -229,6 +234,9 @@ int TillApplication::run(const QStringList &arguments)
     ScenarioRunner::Options options;
     options.pluginFolder = parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder();
     options.again = parser.isSet(again);
+    options.strictHost = parser.isSet(strict);
+    if (parser.isSet(killAfterHook))
+        options.killAfterHook = control::EActionType(parser.value(killAfterHook).toInt());
     if (!parser.isSet(inProcess)) {
         const QStringList command = m_arguments;
         options.restartProcess = [command] { replaceProcess(command); };

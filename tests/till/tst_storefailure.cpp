@@ -1,0 +1,165 @@
+#include "actionlog.h"
+#include "cashierscript.h"
+#include "jsonfile.h"
+#include "scenarioparser.h"
+#include "scenariorunner.h"
+#include "till.h"
+#include "tillactions.h"
+#include "tilldatafolder.h"
+
+#include <support/filesizelimit.h>
+
+#include <documentsdao.h>
+#include <emulator/emulator.h>
+#include <emulator/journalentry.h>
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+
+using namespace till;
+using tessaro::emulator::JournalEntry;
+
+/// The real plug-in on a till whose disk fills up at the moment a return
+/// closes: the till's store and the plug-in's own save fail, and neither
+/// passes in silence.
+class TestStoreFailure : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void fullDiskAtCloseIsShownAndLosesNothing();
+    void jsonFileOnAFullDiskFailsAndKeepsTheLastCopy_data();
+    void jsonFileOnAFullDiskFailsAndKeepsTheLastCopy();
+};
+
+namespace {
+
+const QByteArray scenario = R"({
+    "name": "A return closed on a full disk",
+    "documents": {
+        "return": {"type": "return", "card": "2770000000013",
+                   "properties": {"invoiceInfo": {"cashCode": "12", "invoiceNumber": "401", "storeNumber": "7", "invoiceDate": "2024-02-01"}}}
+    },
+    "answers": [{"choice": 0}],
+    "actions": [
+        {"type": "bind", "document": "return"},
+        {"type": "add", "position": {"code": "100200"}, "quantity": 2, "price": 75},
+        {"type": "pay", "code": 1, "amount": 150}
+    ]
+})";
+
+QJsonObject documentOnDisk(const TillDataFolder &folder, const QString &id)
+{
+    QFile file(folder.documentsDir() + QLatin1Char('/') + id + QStringLiteral(".json"));
+    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
+}
+
+QStringList dialogIds(const ActionRecord &record)
+{
+    QStringList ids;
+    for (const DialogRecord &dialog : record.dialogs)
+        ids << dialog.id;
+    return ids;
+}
+
+} // namespace
+
+void TestStoreFailure::fullDiskAtCloseIsShownAndLosesNothing()
+{
+    tessaro::emulator::Emulator emulator;
+    QVERIFY(emulator.startInThread(0));
+    QTemporaryDir dir;
+    const TillDataFolder folder(dir.filePath(QStringLiteral("till")));
+    QString error;
+    QVERIFY(folder.create(emulator.baseUrl().toString(), emulator.tokenUrl().toString(), &error));
+    ScenarioParser parser;
+    const std::optional<Scenario> played = parser.parse(scenario);
+    QVERIFY2(played, qPrintable(parser.error().toString()));
+
+    CashierScript cashier(played->answers);
+    ActionLog log;
+    Till till(folder, &cashier, &log);
+    log.begin(-1, QStringLiteral("start"), QString());
+    QVERIFY2(till.start(QStringLiteral(TILL_PLUGIN_DIR), played->till, &error), qPrintable(error));
+    log.finish();
+    ScenarioRunner player(folder, *played, QByteArray(), QString());
+    TillActions actions(&till, &log);
+    for (int i = 0; i < played->actions.size(); ++i) {
+        log.begin(i, QString(), QString());
+        player.perform(played->actions.at(i), i, false, &till, &actions, &log);
+        QVERIFY2(log.finish().failures.isEmpty(), "the return is ready to close");
+    }
+    const QString id = till.currentDocument()->getId();
+
+    log.begin(3, QStringLiteral("close"), QString());
+    std::optional<int> result;
+    {
+        QTest::ignoreMessage(QtCriticalMsg, QRegularExpression(QStringLiteral("^Не удалось сохранить документ с номером инвойса возврата ")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^documents store ")));
+        const FileSizeLimit full(1024);
+        QVERIFY(full.isSet());
+        result = actions.close(false);
+    }
+    const ActionRecord refused = log.finish();
+
+    // The service settled the return, but the till could not record the
+    // close: the cashier is told, the record fails, the document stays open.
+    QCOMPARE(result, std::optional<int>(EContext::Stop));
+    QCOMPARE(dialogIds(refused), (QStringList{QStringLiteral("tessaroProgress"), QStringLiteral("tillStoreError")}));
+    QCOMPARE(refused.dialogs.constLast().kind, QStringLiteral("error"));
+    // Then the till's save of the open document after the action fails too: one message, every failure recorded.
+    QCOMPARE(refused.failures.size(), 2);
+    QVERIFY2(refused.failures.constFirst().startsWith(QStringLiteral("the till's store failed: the payments could not be recorded")),
+             qPrintable(refused.failures.constFirst()));
+    QVERIFY2(refused.failures.constLast().startsWith(QStringLiteral("the till's store failed: the document ")),
+             qPrintable(refused.failures.constLast()));
+    QVERIFY(!till.currentDocument()->isClosed());
+    QCOMPARE(DocumentsDao(folder.databaseFile()).getPaymentTotal(1, 1).toDouble(), 0.0);
+    QVERIFY(!documentOnDisk(folder, id).value(QStringLiteral("closed")).toBool());
+
+    // With room again the close goes through on the answer the document kept.
+    log.begin(4, QStringLiteral("close"), QString());
+    QCOMPARE(actions.close(false), std::optional<int>(EContext::Continue));
+    const ActionRecord closed = log.finish();
+    QVERIFY(closed.failures.isEmpty());
+    QVERIFY(closed.requests.isEmpty());
+    QCOMPARE(DocumentsDao(folder.databaseFile()).getPaymentTotal(1, 1).toDouble(), 150.0);
+    const QJsonObject onDisk = documentOnDisk(folder, id);
+    QVERIFY(onDisk.value(QStringLiteral("closed")).toBool());
+    QVERIFY(onDisk.value(QStringLiteral("pluginData")).toObject().value(QStringLiteral("27")).toObject().contains(QStringLiteral("invoiceIDRaw")));
+    const QList<JournalEntry> notes = emulator.journal().entriesFor(QStringLiteral("/advicenote"));
+    QCOMPARE(notes.size(), 1);
+}
+
+void TestStoreFailure::jsonFileOnAFullDiskFailsAndKeepsTheLastCopy_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::newRow("buffered") << 3000;
+    QTest::newRow("unbuffered") << 40000;
+}
+
+void TestStoreFailure::jsonFileOnAFullDiskFailsAndKeepsTheLastCopy()
+{
+    QFETCH(int, size);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("state.json"));
+    QString error;
+    QVERIFY(JsonFile::write(path, {{QStringLiteral("shift"), 1}}, &error));
+    {
+        const FileSizeLimit full(1024);
+        QVERIFY(full.isSet());
+        QVERIFY(!JsonFile::write(path, {{QStringLiteral("shift"), QString(size, QLatin1Char('2'))}}, &error));
+    }
+    QVERIFY2(error.startsWith(QStringLiteral("cannot write ") + path), qPrintable(error));
+    QJsonObject kept;
+    QVERIFY(JsonFile::read(path, &kept, &error));
+    QCOMPARE(kept, (QJsonObject{{QStringLiteral("shift"), 1}}));
+}
+
+QTEST_GUILESS_MAIN(TestStoreFailure)
+#include "tst_storefailure.moc"
