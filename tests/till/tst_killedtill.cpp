@@ -60,23 +60,54 @@ QJsonObject documentOnDisk(const TillDataFolder &folder, const QString &id)
     return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
 }
 
+/// The scenario's till in a temporary folder, against an emulator in this process.
+struct ScenarioTill
+{
+    ScenarioTill()
+        : folder(dir.filePath(QStringLiteral("till")))
+        , file(dir.filePath(QStringLiteral("scenario.json")))
+    {
+        QString error;
+        QFile out(file);
+        ready = emulator.startInThread(0) != 0 && folder.create(emulator.baseUrl().toString(), emulator.tokenUrl().toString(), &error)
+            && out.open(QIODevice::WriteOnly) && out.write(scenario) == scenario.size();
+    }
+
+    /// The command line of tessaro-till run on this till, with \a options.
+    QStringList arguments(const QStringList &options = {}) const
+    {
+        return QStringList{QStringLiteral("run")} + options
+            + QStringList{QStringLiteral("--data"), folder.path(), QStringLiteral("--plugins"), QStringLiteral(TILL_PLUGIN_DIR), file};
+    }
+
+    /// Every advice note the service met: its outcome and the original invoice's number.
+    QStringList adviceNotes()
+    {
+        QStringList notes;
+        for (const JournalEntry &entry : emulator.journal().entriesFor(QStringLiteral("/advicenote"))) {
+            const QJsonObject original =
+                entry.exchange.jsonObject().value(QStringLiteral("header")).toObject().value(QStringLiteral("originalInvoice")).toObject();
+            notes.append(JournalEntry::outcomeName(entry.outcome) + QLatin1Char(' ') + original.value(QStringLiteral("invoiceNo")).toString());
+        }
+        return notes;
+    }
+
+    tessaro::emulator::Emulator emulator;
+    QTemporaryDir dir;
+    TillDataFolder folder;
+    QString file;
+    bool ready = false;
+};
+
 } // namespace
 
 void TestKilledTill::killedTillFinishesTheScenario()
 {
-    tessaro::emulator::Emulator emulator;
-    QVERIFY(emulator.startInThread(0));
-    QTemporaryDir dir;
-    const TillDataFolder folder(dir.filePath(QStringLiteral("till")));
-    QString error;
-    QVERIFY(folder.create(emulator.baseUrl().toString(), emulator.tokenUrl().toString(), &error));
-    const QString file = dir.filePath(QStringLiteral("scenario.json"));
-    QFile out(file);
-    QVERIFY(out.open(QIODevice::WriteOnly));
-    out.write(scenario);
-    out.close();
-    const QStringList arguments{QStringLiteral("run"), QStringLiteral("--data"), folder.path(), QStringLiteral("--plugins"),
-                                QStringLiteral(TILL_PLUGIN_DIR), file};
+    ScenarioTill bed;
+    QVERIFY(bed.ready);
+    tessaro::emulator::Emulator &emulator = bed.emulator;
+    const TillDataFolder &folder = bed.folder;
+    const QStringList arguments = bed.arguments();
 
     // Killed while it waits for the answer to the first return's advice note,
     // which the service holds without applying it.
@@ -112,30 +143,15 @@ void TestKilledTill::killedTillFinishesTheScenario()
 
     // The held advice note again, then the second return's: each return's
     // advice note applied once.
-    const QList<JournalEntry> adviceNotes = emulator.journal().entriesFor(QStringLiteral("/advicenote"));
-    QStringList invoices;
-    for (const JournalEntry &entry : adviceNotes) {
-        const QJsonObject original = entry.exchange.jsonObject().value(QStringLiteral("header")).toObject().value(QStringLiteral("originalInvoice")).toObject();
-        invoices.append(JournalEntry::outcomeName(entry.outcome) + QLatin1Char(' ') + original.value(QStringLiteral("invoiceNo")).toString());
-    }
-    QCOMPARE(invoices, QStringList({QStringLiteral("hung 401"), QStringLiteral("answered 401"), QStringLiteral("answered 402")}));
+    QCOMPARE(bed.adviceNotes(), QStringList({QStringLiteral("hung 401"), QStringLiteral("answered 401"), QStringLiteral("answered 402")}));
 }
 
 void TestKilledTill::killedRightAfterTheCloseHookKeepsThePluginsSave()
 {
-    tessaro::emulator::Emulator emulator;
-    QVERIFY(emulator.startInThread(0));
-    QTemporaryDir dir;
-    const TillDataFolder folder(dir.filePath(QStringLiteral("till")));
-    QString error;
-    QVERIFY(folder.create(emulator.baseUrl().toString(), emulator.tokenUrl().toString(), &error));
-    const QString file = dir.filePath(QStringLiteral("scenario.json"));
-    QFile out(file);
-    QVERIFY(out.open(QIODevice::WriteOnly));
-    out.write(scenario);
-    out.close();
-    const QStringList arguments{QStringLiteral("run"), QStringLiteral("--strict-host"), QStringLiteral("--data"), folder.path(),
-                                QStringLiteral("--plugins"), QStringLiteral(TILL_PLUGIN_DIR), file};
+    ScenarioTill bed;
+    QVERIFY(bed.ready);
+    const TillDataFolder &folder = bed.folder;
+    const QStringList arguments = bed.arguments({QStringLiteral("--strict-host")});
 
     // Dies as soon as the first return's close hook has let the close go on:
     // the host has saved nothing since the payment.
@@ -160,12 +176,7 @@ void TestKilledTill::killedRightAfterTheCloseHookKeepsThePluginsSave()
     QCOMPARE(DocumentsDao(folder.databaseFile()).getPaymentTotal(1, 1).toDouble(), 270.0);
 
     // The close after the restart reuses the kept answer: each return's advice note went once.
-    QStringList invoices;
-    for (const JournalEntry &entry : emulator.journal().entriesFor(QStringLiteral("/advicenote"))) {
-        const QJsonObject original = entry.exchange.jsonObject().value(QStringLiteral("header")).toObject().value(QStringLiteral("originalInvoice")).toObject();
-        invoices.append(JournalEntry::outcomeName(entry.outcome) + QLatin1Char(' ') + original.value(QStringLiteral("invoiceNo")).toString());
-    }
-    QCOMPARE(invoices, QStringList({QStringLiteral("answered 401"), QStringLiteral("answered 402")}));
+    QCOMPARE(bed.adviceNotes(), QStringList({QStringLiteral("answered 401"), QStringLiteral("answered 402")}));
 }
 
 QTEST_GUILESS_MAIN(TestKilledTill)
