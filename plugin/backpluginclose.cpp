@@ -99,7 +99,9 @@ void BackPlugin::shiftOpen()
     item.bindToCurrentShift();
     item.setName(QStringLiteral("tillOpen"));
     item.setValue(QString::fromUtf8(QJsonDocument(answer.jsonObject()).toJson(QJsonDocument::Indented)));
-    Singleton<DocumentsDao>::instance()->saveStorageItem(item);
+    // The till is open at the service whatever the store does; a lost record must not pass in silence.
+    if (!Singleton<DocumentsDao>::instance()->saveStorageItem(item))
+        logger->error(QStringLiteral("Не удалось сохранить запись смены tillOpen"));
 }
 
 } // namespace tessaro
