@@ -75,10 +75,12 @@ bool DocumentsDao::rollback()
 
 bool DocumentsDao::result(const QSqlError &error) const
 {
-    m_lastError = error.isValid() ? error.text() : QString();
-    if (error.isValid())
-        qWarning("documents store %s: %s", qPrintable(m_file), qPrintable(m_lastError));
-    return !error.isValid();
+    if (!error.isValid())
+        return true;
+    m_lastError = error.text();
+    ++m_failures;
+    qWarning("documents store %s: %s", qPrintable(m_file), qPrintable(m_lastError));
+    return false;
 }
 
 bool DocumentsDao::saveStorageItem(const StorageItem &item)

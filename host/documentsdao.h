@@ -38,8 +38,10 @@ public:
     bool rollback();
 
     QString databaseFile() const { return m_file; }
-    /// Why the last write failed ("database or disk is full"); empty after one that succeeded.
+    /// Why the last write that failed did ("database or disk is full").
     QString lastError() const { return m_lastError; }
+    /// How many writes have failed since the store was opened.
+    int failures() const { return m_failures; }
 
 private:
     bool exec(const QString &statement, const QVariantList &values) const;
@@ -49,4 +51,5 @@ private:
     QString m_file;
     QString m_connection;
     mutable QString m_lastError;
+    mutable int m_failures = 0;
 };

@@ -5,6 +5,7 @@
 #include "hostactions.h"
 #include "recordingrestclient.h"
 #include "tilldialog.h"
+#include "tillsavetofilelogic.h"
 
 #include <actionqueuecontroller.h>
 #include <basicloyaltysystem.h>
@@ -127,6 +128,7 @@ bool Till::installHost(QString *error)
     Singleton<qml::QmlBasedGui>::setInstance(gui);
 
     MockFactory<Dialog>::setInstance(QSharedPointer<TillDialog>::create(m_cashier, m_log));
+    MockFactory<SaveToFileLogic>::setInstance(QSharedPointer<TillSaveToFileLogic>::create([this](const QString &what) { storeFailed(what); }));
     ActionLog *log = m_log;
     MockFactory<RestClient>::setCreator([log] { return QSharedPointer<RestClient>(new RecordingRestClient(log)); });
     if (m_hostInstaller)
@@ -189,8 +191,13 @@ EContext::Result Till::run(const control::Action &action, EContext::Code context
 {
     Singleton<ContextManager>::instance()->setCurrentContext(context);
     const QSharedPointer<AbstractDocument> document = currentDocument();
+    const DocumentsDao *store = Singleton<DocumentsDao>::instance();
+    const int storeFailures = store->failures();
     const EContext::Result result = m_pipeline.run(action);
     Singleton<ActionQueueController>::instance()->processQueue();
+    // A record a hook could not write (the plug-in's shift record) fails the action too.
+    if (store->failures() > storeFailures && !hasStoreFailure())
+        storeFailed(QStringLiteral("%1: %2").arg(store->databaseFile(), store->lastError()));
     if (m_strictHost)
         return result;
     // The document the action worked on is saved even when the action closed it.
@@ -209,10 +216,7 @@ void Till::saveCurrent()
 
 bool Till::save(const QSharedPointer<AbstractDocument> &document)
 {
-    if (m_documents.save(document))
-        return true;
-    storeFailed(QStringLiteral("the document %1 could not be written to %2").arg(document->getId(), m_folder.documentsDir()));
-    return false;
+    return m_documents.save(document);
 }
 
 void Till::hostChanged(const QSharedPointer<AbstractDocument> &document)
@@ -228,13 +232,23 @@ void Till::saveState()
         storeFailed(error);
 }
 
+namespace {
+
+const QString storeFailurePrefix = QStringLiteral("the till's store failed: ");
+
+} // namespace
+
+bool Till::hasStoreFailure() const
+{
+    const QStringList &failures = m_log->current().failures;
+    return std::any_of(failures.cbegin(), failures.cend(), [](const QString &failure) { return failure.startsWith(storeFailurePrefix); });
+}
+
 void Till::storeFailed(const QString &what)
 {
-    static const QString prefix = QStringLiteral("the till's store failed: ");
     // Once an action is enough for the cashier; the record keeps every failure.
-    const QStringList &earlier = m_log->current().failures;
-    const bool shown = std::any_of(earlier.cbegin(), earlier.cend(), [](const QString &failure) { return failure.startsWith(prefix); });
-    m_log->addFailure(prefix + what);
+    const bool shown = hasStoreFailure();
+    m_log->addFailure(storeFailurePrefix + what);
     if (!shown) {
         MockFactory<Dialog>::create()->showMessage(
             tr::Tr(QStringLiteral("tillStoreError"), QStringLiteral("Ошибка записи на диск кассы: данные не сохранены")), Dialog::Error, 0);

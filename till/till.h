@@ -76,8 +76,9 @@ public:
     EContext::Result run(const control::Action &action, EContext::Code context);
     /// Saves the open document.
     void saveCurrent();
-    /// Writes \a document out; a failing store is shown to the cashier and
-    /// reported (storeFailed()).
+    /// Writes \a document out through the host's SaveToFileLogic, which the
+    /// till installs so that a failing save, the plug-in's too, is shown to
+    /// the cashier and reported (storeFailed()).
     bool save(const QSharedPointer<AbstractDocument> &document);
     /// The host changed \a document itself (a position, a payment, a card, a
     /// reason it asked for): a strict host saves it now; otherwise it is saved
@@ -104,6 +105,8 @@ private:
     static void resetHost();
     /// Writes state.json; a failing store is reported as for a document.
     void saveState();
+    /// Whether the current action's record holds a store failure already.
+    bool hasStoreFailure() const;
 
     TillDataFolder m_folder;
     Cashier *m_cashier;
