@@ -52,9 +52,34 @@ bool DocumentsDao::exec(const QString &statement, const QVariantList &values) co
     query.prepare(statement);
     for (const QVariant &value : values)
         query.addBindValue(value);
-    if (query.exec())
+    return result(query.exec() ? QSqlError() : query.lastError());
+}
+
+bool DocumentsDao::transaction()
+{
+    QSqlDatabase db = QSqlDatabase::database(m_connection);
+    return result(db.transaction() ? QSqlError() : db.lastError());
+}
+
+bool DocumentsDao::commit()
+{
+    QSqlDatabase db = QSqlDatabase::database(m_connection);
+    return result(db.commit() ? QSqlError() : db.lastError());
+}
+
+bool DocumentsDao::rollback()
+{
+    QSqlDatabase db = QSqlDatabase::database(m_connection);
+    return result(db.rollback() ? QSqlError() : db.lastError());
+}
+
+bool DocumentsDao::result(const QSqlError &error) const
+{
+    if (!error.isValid())
         return true;
-    qWarning("documents store %s: %s", qPrintable(m_file), qPrintable(query.lastError().text()));
+    m_lastError = error.text();
+    ++m_failures;
+    qWarning("documents store %s: %s", qPrintable(m_file), qPrintable(m_lastError));
     return false;
 }
 

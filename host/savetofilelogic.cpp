@@ -25,7 +25,13 @@ bool SaveToFileLogic::save(const QSharedPointer<AbstractDocument> &document, con
     QSaveFile file(fileName(folder, document->getId()));
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    file.write(QJsonDocument(DocumentSerializer::toJson(*document)).toJson(QJsonDocument::Indented));
+    const QByteArray json = QJsonDocument(DocumentSerializer::toJson(*document)).toJson(QJsonDocument::Indented);
+    // commit() misses a write the disk cut short (a full disk), and would put
+    // the truncated file in place of the good one: the write is checked here.
+    if (file.write(json) != json.size() || !file.flush()) {
+        file.cancelWriting();
+        return false;
+    }
     return file.commit();
 }
 

@@ -74,7 +74,10 @@ void BackPlugin::settleReturn()
     setPluginData(QStringLiteral("invoiceID"), QString(invoiceId).remove(QLatin1Char('/')));
     setPluginData(AdviceNoteResponseKey, answer.toMap());
     // The number and the answer must survive a restart of the till before the close.
-    hostsdk::saveDocument(document);
+    // The service has settled the return whatever the disk does, so the close
+    // goes on; the answer stays on the document for the host's next save.
+    if (!hostsdk::saveDocument(document))
+        logger->error(QStringLiteral("Не удалось сохранить документ с номером инвойса возврата %1").arg(invoiceId));
 }
 
 void BackPlugin::showError(const BasicException &e) const
@@ -97,7 +100,9 @@ void BackPlugin::shiftOpen()
     item.bindToCurrentShift();
     item.setName(QStringLiteral("tillOpen"));
     item.setValue(QString::fromUtf8(QJsonDocument(answer.jsonObject()).toJson(QJsonDocument::Indented)));
-    hostsdk::saveStorageItem(item);
+    // The till is open at the service whatever the store does; a lost record must not pass in silence.
+    if (!hostsdk::saveStorageItem(item))
+        logger->error(QStringLiteral("Не удалось сохранить запись смены tillOpen"));
 }
 
 } // namespace tessaro

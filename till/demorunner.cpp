@@ -66,6 +66,8 @@ bool DemoRunner::play(const Play &play, const QString &folder, const QString &pl
     options.pluginFolder = pluginFolder;
     options.onRecord = onRecord;
     options.recorder = recorder;
+    // The bundled scenarios hold with a host that saves only where it must.
+    options.strictHost = true;
     ScenarioRunner runner(till, *scenario, play.scenario, play.name);
     if (!runner.run(options, report, error))
         return false;

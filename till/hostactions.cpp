@@ -71,6 +71,7 @@ EContext::Result HostActions::addPosition(const control::Action &action)
         position->setPosnum(last + 1);
     }
     document->addGoodsItem(position);
+    m_till->hostChanged(document);
     return EContext::Continue;
 }
 
@@ -108,6 +109,7 @@ EContext::Result HostActions::addPayment(const control::Action &action)
     described.change = action.value(QStringLiteral("change")).toBool();
     described.details = action.value(QStringLiteral("details")).toMap();
     document->addMoneyItem(DocumentBuilder::payment(described));
+    m_till->hostChanged(document);
     return EContext::Continue;
 }
 
@@ -117,6 +119,7 @@ EContext::Result HostActions::stornoAll(const control::Action &)
     if (!document)
         return EContext::Stop;
     document->removeGoodsItems();
+    m_till->hostChanged(document);
     return EContext::Continue;
 }
 
@@ -137,8 +140,9 @@ EContext::Result HostActions::selectBackReason(const control::Action &action)
     const auto document = m_till->currentDocument();
     if (!document)
         return EContext::Stop;
-    if (action.value(QStringLiteral("target")).toString() == QLatin1String("document"))
-        MockFactory<DocumentLogic>::create()->chooseCommonBackReason(document, {});
+    if (action.value(QStringLiteral("target")).toString() == QLatin1String("document")
+        && MockFactory<DocumentLogic>::create()->chooseCommonBackReason(document, {}))
+        m_till->hostChanged(document);
     return EContext::Continue;
 }
 
@@ -159,13 +163,47 @@ EContext::Result HostActions::closeDocument(const control::Action &action)
         return EContext::Stop;
     }
     document->setClosed(true);
-    auto *store = Singleton<DocumentsDao>::instance();
-    const int shift = Singleton<Session>::instance()->getCurrentShift();
-    for (const auto &payment : document->getMoneyItems())
-        store->addPayment(shift, payment->getValCode(), payment->isChange() ? -payment->getAmount() : payment->getAmount());
-    m_till->documents().save(document);
+    const QString failure = storeClosed(document);
+    if (!failure.isEmpty()) {
+        document->setClosed(false);
+        m_till->storeFailed(failure);
+        return EContext::Stop;
+    }
     m_till->closeCurrent();
     return EContext::Continue;
+}
+
+QString HostActions::storeClosed(const QSharedPointer<AbstractDocument> &document)
+{
+    // The payments count in the shift's totals exactly when the closed
+    // document is on disk: both are stored, or neither.
+    auto *store = Singleton<DocumentsDao>::instance();
+    const auto recordFailed = [store] {
+        return QStringLiteral("the payments could not be recorded in %1: %2").arg(store->databaseFile(), store->lastError());
+    };
+    if (!store->transaction())
+        return recordFailed();
+    const int shift = Singleton<Session>::instance()->getCurrentShift();
+    for (const auto &payment : document->getMoneyItems()) {
+        if (!store->addPayment(shift, payment->getValCode(), payment->isChange() ? -payment->getAmount() : payment->getAmount())) {
+            const QString failure = recordFailed();
+            store->rollback();
+            return failure;
+        }
+    }
+    if (!m_till->documents().save(document)) {
+        store->rollback();
+        return QStringLiteral("the closed document %1 could not be written").arg(document->getId());
+    }
+    if (!store->commit()) {
+        const QString failure = recordFailed();
+        store->rollback();
+        // The file says closed already: it is written again as it stays, open.
+        document->setClosed(false);
+        m_till->documents().save(document);
+        return failure;
+    }
+    return QString();
 }
 
 } // namespace till

@@ -4,6 +4,11 @@
 #include <control/action.h>
 #include <econtext.h>
 
+#include <QSharedPointer>
+#include <QString>
+
+class AbstractDocument;
+
 namespace till {
 
 class ActionLog;
@@ -32,6 +37,9 @@ private:
     EContext::Result selectBackReason(const control::Action &action);
     EContext::Result exitToMenu(const control::Action &action);
     EContext::Result closeDocument(const control::Action &action);
+    /// Records the closed \a document's payments in the shift and writes it
+    /// out, both or neither; what failed, or an empty text.
+    QString storeClosed(const QSharedPointer<AbstractDocument> &document);
 
     Till *m_till;
     Cashier *m_cashier;

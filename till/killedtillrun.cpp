@@ -7,6 +7,7 @@
 #include "sessionrunner.h"
 #include "tilldatafolder.h"
 
+#include <control/eactiontype.h>
 #include <documentsdao.h>
 #include <documentserializer.h>
 #include <emulator/emulator.h>
@@ -50,6 +51,33 @@ bool holdsAdviceNote(const tessaro::emulator::Journal &journal)
     });
 }
 
+// Kills \a till once the service holds one of its advice notes; whether it was held there.
+bool killWhileHeld(QProcess *till, const tessaro::emulator::Journal &journal)
+{
+    // waitForFinished() also notices the child's end, which state() alone does not without an event loop.
+    const QDeadlineTimer deadline(childMs);
+    bool ended = false;
+    // Other faults on "/advicenote" (a closed shift) may come before the
+    // hang and move it to a later note, so the kill waits for the hold itself.
+    while (!ended && !holdsAdviceNote(journal) && !deadline.hasExpired())
+        ended = till->waitForFinished(5);
+    const bool held = !ended && holdsAdviceNote(journal);
+    till->kill();
+    till->waitForFinished(childMs);
+    return held;
+}
+
+// Waits for \a till, which kills itself after the close hook; whether it did.
+bool diedAfterHook(QProcess *till)
+{
+    if (!till->waitForFinished(childMs)) {
+        till->kill();
+        till->waitForFinished(childMs);
+        return false;
+    }
+    return till->exitStatus() == QProcess::CrashExit;
+}
+
 } // namespace
 
 KilledTillRun::KilledTillRun(const QString &program, const QString &pluginFolder)
@@ -58,7 +86,7 @@ KilledTillRun::KilledTillRun(const QString &program, const QString &pluginFolder
 {
 }
 
-bool KilledTillRun::run(const SimulatedSession &played, SessionOutcome *outcome) const
+bool KilledTillRun::run(const SimulatedSession &played, Kill kill, SessionOutcome *outcome) const
 {
     if (outcome->requests == 0)
         return false;
@@ -66,7 +94,8 @@ bool KilledTillRun::run(const SimulatedSession &played, SessionOutcome *outcome)
     // The in-process play had the restarts; the child's only stop is the kill, and each restart would cost it a new process.
     killed.scenario.actions.removeIf([](const ScenarioAction &action) { return action.type == ScenarioAction::Restart; });
     // Held at the service: the till waits inside its close hook when it dies.
-    killed.faults << SessionFault{QStringLiteral("/advicenote"), killed.killRequest, QStringLiteral("hang"), 0, 0, {}};
+    if (kill == Kill::HeldAdviceNote)
+        killed.faults << SessionFault{QStringLiteral("/advicenote"), killed.killRequest, QStringLiteral("hang"), 0, 0, {}};
     QString error;
     const std::optional<tessaro::emulator::EmulatorSettings> settings =
         tessaro::emulator::EmulatorSettings::fromJson(SessionFile::emulatorJson(killed), &error);
@@ -83,27 +112,20 @@ bool KilledTillRun::run(const SimulatedSession &played, SessionOutcome *outcome)
         violate(outcome, QStringLiteral("setup"), error);
         return true;
     }
-    const QStringList arguments{QStringLiteral("run"), QStringLiteral("--data"), folder.path(), QStringLiteral("--plugins"), m_pluginFolder,
-                                QStringLiteral("--report"), reportFile, scenarioFile};
+    const QStringList arguments{QStringLiteral("run"), QStringLiteral("--strict-host"), QStringLiteral("--data"), folder.path(),
+                                QStringLiteral("--plugins"), m_pluginFolder, QStringLiteral("--report"), reportFile, scenarioFile};
 
     QProcess till;
-    till.start(m_program, arguments);
+    till.start(m_program, kill == Kill::AfterCloseHook
+                              ? arguments + QStringList{QStringLiteral("--kill-after-hook"), QString::number(control::AttemptToDocumentClose)}
+                              : arguments);
     if (!till.waitForStarted(childMs))
         return false;
-    // waitForFinished() also notices the child's end, which state() alone does not without an event loop.
-    const QDeadlineTimer deadline(childMs);
-    bool ended = false;
-    // Other faults on "/advicenote" (a closed shift) may come before the
-    // hang and move it to a later note, so the kill waits for the hold itself.
-    while (!ended && !holdsAdviceNote(emulator.journal()) && !deadline.hasExpired())
-        ended = till.waitForFinished(5);
-    // Everything below judges a till killed inside its close hook; killed
+    // Everything below judges a till killed at the planned point; killed
     // anywhere else it may rightly have lost what it was doing.
-    const bool held = !ended && holdsAdviceNote(emulator.journal());
-    till.kill();
-    till.waitForFinished(childMs);
+    const bool killedThere = kill == Kill::HeldAdviceNote ? killWhileHeld(&till, emulator.journal()) : diedAfterHook(&till);
     emulator.releaseHeldConnections();
-    if (!held)
+    if (!killedThere)
         return false;
     ++outcome->kills;
 
@@ -177,7 +199,8 @@ bool KilledTillRun::run(const SimulatedSession &played, SessionOutcome *outcome)
           QStringLiteral("the shift record \"tillOpen\" is %1 although the till was %2 at the service")
               .arg(present ? QStringLiteral("there") : QStringLiteral("missing"), tillOpened ? QStringLiteral("opened") : QStringLiteral("never opened")));
     outcome->requests += emulator.journal().size();
-    outcome->faults[QStringLiteral("hang")] += 1;
+    if (kill == Kill::HeldAdviceNote)
+        outcome->faults[QStringLiteral("hang")] += 1;
     return true;
 }
 

@@ -7,23 +7,29 @@
 
 namespace till {
 
-/// Plays a session as a till process of its own (tessaro-till run) against
-/// the emulator in this process, kills it with SIGKILL while the service
-/// holds one of its advice notes (the till is inside its close hook then),
+/// Plays a session as a till process of its own (tessaro-till run, with the
+/// strict host) against the emulator in this process, kills it with SIGKILL,
 /// and runs the same command again, which starts the till from its data
-/// folder and finishes the session. Checked: every document file loads after
-/// the kill, the finished run's returns hold the invoice numbers the service
-/// gave, no advice note was applied twice except after a lost answer, and
-/// the shift record "tillOpen" is there exactly when a till opening succeeded.
+/// folder and finishes the session. The kill comes either while the service
+/// holds one of its advice notes (the till is inside its close hook then), or
+/// right after the close hook let the close go on and before the host saved
+/// anything, so that only the plug-in's own saves are on disk. Checked: every
+/// document file loads after the kill, the finished run's returns hold the
+/// invoice numbers the service gave, no advice note was applied twice except
+/// after a lost answer, and the shift record "tillOpen" is there exactly when
+/// a till opening succeeded.
 class KilledTillRun
 {
 public:
+    enum class Kill { HeldAdviceNote, AfterCloseHook };
+
     KilledTillRun(const QString &program, const QString &pluginFolder);
 
     /// \a played is a session as it ran in process (answers and faults written
     /// down); its counters and violations are added to \a outcome. False when
-    /// the session never reached the service, so there was nothing to kill in.
-    bool run(const SimulatedSession &played, SessionOutcome *outcome) const;
+    /// the session never reached the service, or the till never came to the
+    /// point of \a kill, so there was nothing to kill in.
+    bool run(const SimulatedSession &played, Kill kill, SessionOutcome *outcome) const;
 
 private:
     QString m_program;

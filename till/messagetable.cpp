@@ -27,6 +27,7 @@ MessageTable::MessageTable()
         {QStringLiteral("inputQuantity"), QStringLiteral("Введите количество")},
         {QStringLiteral("inputPrice"), QStringLiteral("Введите цену")},
         {QStringLiteral("tillPrinterError"), QStringLiteral("Ошибка принтера: документ не закрыт")},
+        {QStringLiteral("tillStoreError"), QStringLiteral("Ошибка записи на диск кассы: данные не сохранены")},
     }
 {
 }

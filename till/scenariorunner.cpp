@@ -223,6 +223,9 @@ bool ScenarioRunner::run(const Options &options, Report *report, QString *error)
     ActionLog log;
     Till till(m_folder, &script, &log);
     till.setRecorder(options.recorder);
+    till.setStrictHost(options.strictHost);
+    if (options.killAfterHook)
+        till.setKillAfterHook(*options.killAfterHook);
     TillActions actions(&till, &log);
     const int count = int(m_scenario.actions.size());
     const auto tell = [&options, count](const ActionRecord &record) {

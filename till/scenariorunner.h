@@ -5,12 +5,14 @@
 #include "tilldatafolder.h"
 
 #include <abstractdocument.h>
+#include <control/eactiontype.h>
 
 #include <QByteArray>
 #include <QSharedPointer>
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 namespace till {
 
@@ -40,6 +42,11 @@ public:
         std::function<void(const ActionRecord &record, int actionCount)> onRecord;
         /// Keeps every exchange with the service in a cassette; null: none.
         CassetteRecorder *recorder = nullptr;
+        /// The till saves documents only where a host must (Till::setStrictHost).
+        bool strictHost = false;
+        /// The till kills itself right after a plug-in's before-hook of this
+        /// action type lets the action go on (Till::setKillAfterHook).
+        std::optional<control::EActionType> killAfterHook;
     };
 
     /// \a source is the scenario file's content: its hash names the run's progress.

@@ -117,6 +117,8 @@ SessionOutcome SessionRunner::run(const SimulatedSession &session) const
     LogWatch logs;
     ActionLog log;
     Till till(folder, &cashier, &log);
+    // Every save the plug-in makes itself is then needed, and a restart shows it.
+    till.setStrictHost(true);
     till.setHostInstaller([&log, &planner, &emulator] {
         MockFactory<CurrentTime>::setInstance(QSharedPointer<SimulatedClock>::create());
         MockFactory<RestClient>::setCreator(
@@ -180,8 +182,11 @@ SessionOutcome SessionRunner::run(const SimulatedSession &session) const
     outcome.played.scripted = true;
     outcome.played.scenario.answers = cashier.answers();
     outcome.played.faults = struck;
-    if (session.killChild && !m_program.isEmpty())
-        KilledTillRun(m_program, m_pluginFolder).run(outcome.played, &outcome);
+    if (session.killChild && !m_program.isEmpty()) {
+        const KilledTillRun killed(m_program, m_pluginFolder);
+        killed.run(outcome.played, KilledTillRun::Kill::HeldAdviceNote, &outcome);
+        killed.run(outcome.played, KilledTillRun::Kill::AfterCloseHook, &outcome);
+    }
     return outcome;
 }
 

@@ -6,11 +6,13 @@
 #include "hostactions.h"
 #include "recordingrestclient.h"
 #include "tilldialog.h"
+#include "tillsavetofilelogic.h"
 
 #include <actionqueuecontroller.h>
 #include <basicloyaltysystem.h>
 #include <config.h>
 #include <contextmanager.h>
+#include <dialog.h>
 #include <dictionariesdao.h>
 #include <documentsdao.h>
 #include <frcollection.h>
@@ -20,6 +22,9 @@
 #include <session.h>
 #include <singleton.h>
 #include <valutcollection.h>
+
+#include <algorithm>
+#include <csignal>
 
 namespace till {
 
@@ -32,7 +37,12 @@ Till::Till(const TillDataFolder &folder, Cashier *cashier, ActionLog *log)
     , m_presenter(std::make_unique<FormPresenter>(cashier, log))
     , m_hostActions(std::make_unique<HostActions>(this, cashier, log))
 {
-    m_pipeline.setObserver([log](const ActionPipeline::Step &step) { log->addStep(step); });
+    m_pipeline.setObserver([this](const ActionPipeline::Step &step) {
+        m_log->addStep(step);
+        if (m_killAfterHook && step.kind == ActionPipeline::Step::BeforeTrigger && step.actionType == *m_killAfterHook
+            && step.result != EContext::Stop)
+            ::raise(SIGKILL);
+    });
     m_hostActions->install(&m_pipeline);
 }
 
@@ -121,6 +131,7 @@ bool Till::installHost(QString *error)
     Singleton<qml::QmlBasedGui>::setInstance(gui);
 
     MockFactory<Dialog>::setInstance(QSharedPointer<TillDialog>::create(m_cashier, m_log));
+    MockFactory<SaveToFileLogic>::setInstance(QSharedPointer<TillSaveToFileLogic>::create([this](const QString &what) { storeFailed(what); }));
     ActionLog *log = m_log;
     CassetteRecorder *recorder = m_recorder;
     if (recorder) {
@@ -164,7 +175,7 @@ void Till::open(const QSharedPointer<AbstractDocument> &document)
     Singleton<Session>::instance()->setCurrentDocument(document);
     Singleton<ContextManager>::instance()->setCurrentContext(EContext::Document);
     m_state.setCurrentDocument(document->getId());
-    m_state.save(nullptr);
+    saveState();
     if (loyaltySystem())
         loyaltySystem()->setDocument(document);
     Singleton<ActionQueueController>::instance()->processQueue();
@@ -180,7 +191,7 @@ void Till::closeCurrent()
 {
     Singleton<Session>::instance()->setCurrentDocument({});
     m_state.setCurrentDocument(QString());
-    m_state.save(nullptr);
+    saveState();
     showMenu();
 }
 
@@ -188,19 +199,68 @@ EContext::Result Till::run(const control::Action &action, EContext::Code context
 {
     Singleton<ContextManager>::instance()->setCurrentContext(context);
     const QSharedPointer<AbstractDocument> document = currentDocument();
+    const DocumentsDao *store = Singleton<DocumentsDao>::instance();
+    const int storeFailures = store->failures();
     const EContext::Result result = m_pipeline.run(action);
     Singleton<ActionQueueController>::instance()->processQueue();
+    // A record a hook could not write (the plug-in's shift record) fails the action too.
+    if (store->failures() > storeFailures && !hasStoreFailure())
+        storeFailed(QStringLiteral("%1: %2").arg(store->databaseFile(), store->lastError()));
+    if (m_strictHost)
+        return result;
     // The document the action worked on is saved even when the action closed it.
     if (document)
-        m_documents.save(document);
-    saveCurrent();
+        save(document);
+    if (currentDocument() != document)
+        saveCurrent();
     return result;
 }
 
 void Till::saveCurrent()
 {
     if (const auto document = currentDocument())
-        m_documents.save(document);
+        save(document);
+}
+
+bool Till::save(const QSharedPointer<AbstractDocument> &document)
+{
+    return m_documents.save(document);
+}
+
+void Till::hostChanged(const QSharedPointer<AbstractDocument> &document)
+{
+    if (m_strictHost)
+        save(document);
+}
+
+void Till::saveState()
+{
+    QString error;
+    if (!m_state.save(&error))
+        storeFailed(error);
+}
+
+namespace {
+
+const QString storeFailurePrefix = QStringLiteral("the till's store failed: ");
+
+} // namespace
+
+bool Till::hasStoreFailure() const
+{
+    const QStringList &failures = m_log->current().failures;
+    return std::any_of(failures.cbegin(), failures.cend(), [](const QString &failure) { return failure.startsWith(storeFailurePrefix); });
+}
+
+void Till::storeFailed(const QString &what)
+{
+    // Once an action is enough for the cashier; the record keeps every failure.
+    const bool shown = hasStoreFailure();
+    m_log->addFailure(storeFailurePrefix + what);
+    if (!shown) {
+        MockFactory<Dialog>::create()->showMessage(
+            tr::Tr(QStringLiteral("tillStoreError"), QStringLiteral("Ошибка записи на диск кассы: данные не сохранены")), Dialog::Error, 0);
+    }
 }
 
 } // namespace till

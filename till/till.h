@@ -14,6 +14,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class BasicLoyaltySystem;
 
@@ -74,15 +75,42 @@ public:
     void closeCurrent();
 
     /// Runs \a action through the pipeline in \a context, then whatever the
-    /// hooks queued meanwhile; the open document is saved afterwards.
+    /// hooks queued meanwhile; unless the host is strict, the open document
+    /// is saved afterwards.
     EContext::Result run(const control::Action &action, EContext::Code context);
-    /// Saves the open document, as the host does after every change.
+    /// Saves the open document.
     void saveCurrent();
+    /// Writes \a document out through the host's SaveToFileLogic, which the
+    /// till installs so that a failing save, the plug-in's too, is shown to
+    /// the cashier and reported (storeFailed()).
+    bool save(const QSharedPointer<AbstractDocument> &document);
+    /// The host changed \a document itself (a position, a payment, a card, a
+    /// reason it asked for): a strict host saves it now; otherwise it is saved
+    /// after the action with everything else.
+    void hostChanged(const QSharedPointer<AbstractDocument> &document);
+    /// The till could not write \a what: the cashier sees the host's store
+    /// error at the action, and the action's record holds the failure.
+    void storeFailed(const QString &what);
+
+    /// A strict host saves a document only where a host must: when it opens,
+    /// changes or closes the document itself. What a hook changes survives a
+    /// restart only through the plug-in's own saves. Otherwise (the default)
+    /// the till also saves the open document after every action.
+    void setStrictHost(bool strict) { m_strictHost = strict; }
+    bool strictHost() const { return m_strictHost; }
+    /// Makes the till kill itself (SIGKILL) as soon as a plug-in's before-hook
+    /// of \a type lets the action go on, before the host saves anything: a
+    /// till dying at the worst moment, for the simulation's killed runs.
+    void setKillAfterHook(control::EActionType type) { m_killAfterHook = type; }
 
 private:
     bool installHost(QString *error);
     bool startPlugin(QString *error);
     static void resetHost();
+    /// Writes state.json; a failing store is reported as for a document.
+    void saveState();
+    /// Whether the current action's record holds a store failure already.
+    bool hasStoreFailure() const;
 
     TillDataFolder m_folder;
     Cashier *m_cashier;
@@ -97,6 +125,8 @@ private:
     std::unique_ptr<HostActions> m_hostActions;
     std::function<void()> m_hostInstaller;
     CassetteRecorder *m_recorder = nullptr;
+    bool m_strictHost = false;
+    std::optional<control::EActionType> m_killAfterHook;
 };
 
 } // namespace till

@@ -63,7 +63,7 @@ bool TillActions::card(const QString &number)
     if (m_till->loyaltySystem())
         m_till->loyaltySystem()->identifyByCard(card, ECardNumberType::Typed);
     document->addCardRecord(card);
-    m_till->saveCurrent();
+    m_till->save(document);
     return true;
 }
 

@@ -227,6 +227,11 @@ int TillApplication::run(const QStringList &arguments)
     const QCommandLineOption again(QStringLiteral("again"), QStringLiteral("Start the scenario over instead of continuing an unfinished run."));
     const QCommandLineOption inProcess(QStringLiteral("restart-in-process"),
                                        QStringLiteral("Restart the till within the process instead of replacing the process."));
+    const QCommandLineOption strict(QStringLiteral("strict-host"),
+                                    QStringLiteral("Save documents only where a host must (opening, its own changes, closing), not after every action."));
+    // The simulation's killed runs: the till dies right after a hook of action type TYPE lets the action go on.
+    QCommandLineOption killAfterHook(QStringLiteral("kill-after-hook"), QStringLiteral("Kill the till after a hook of TYPE."), QStringLiteral("TYPE"));
+    killAfterHook.setFlags(QCommandLineOption::HiddenFromHelp);
     const QCommandLineOption verbose = verboseOption();
     const QCommandLineOption record = recordOption();
     const QCommandLineOption replay(QStringLiteral("replay"),
@@ -234,7 +239,7 @@ int TillApplication::run(const QStringList &arguments)
                                                    "a temporary folder unless --data is given. A request that was not recorded, or a "
                                                    "recorded one not sent, fails the run."),
                                     QStringLiteral("FILE"));
-    parser.addOptions({data, plugins, report, again, inProcess, verbose, record, replay});
+    parser.addOptions({data, plugins, report, again, inProcess, strict, killAfterHook, verbose, record, replay});
     parser.addPositionalArgument(QStringLiteral("SCENARIO"), QStringLiteral("The scenario file (docs/scenarios.md)."));
     const int parsed = parse(&parser, arguments,
                              QStringLiteral("Plays a scenario on the till and reports each action's hooks, dialogs and requests.\n"
@@ -285,6 +290,9 @@ int TillApplication::run(const QStringList &arguments)
     ScenarioRunner::Options options;
     options.pluginFolder = parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder();
     options.again = parser.isSet(again) || cassette;
+    options.strictHost = parser.isSet(strict);
+    if (parser.isSet(killAfterHook))
+        options.killAfterHook = control::EActionType(parser.value(killAfterHook).toInt());
     if (parser.isSet(record))
         options.recorder = &recorder;
     if (!parser.isSet(inProcess) && !cassette) {

@@ -1,11 +1,11 @@
 #include "tilldatafolder.h"
 
+#include "jsonfile.h"
 #include "scenarioparser.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QSettings>
 
 namespace till {
@@ -82,19 +82,6 @@ const char defaultDictionaries[] = R"({
 }
 )";
 
-bool writeFile(const QString &path, const QByteArray &content, QString *error)
-{
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly)) {
-        file.write(content);
-        if (file.commit())
-            return true;
-    }
-    if (error)
-        *error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
-    return false;
-}
-
 } // namespace
 
 TillDataFolder::TillDataFolder(const QString &path)
@@ -165,8 +152,8 @@ bool TillDataFolder::create(const QString &serviceUrl, const QString &tokenUrl, 
     while (url.endsWith(QLatin1Char('/')))
         url.chop(1);
     // till.ini last: a folder whose creation was interrupted is not taken for a till.
-    return writeFile(dictionariesFile(), defaultDictionaries, error)
-        && writeFile(configFile(), defaultConfig(url, tokenUrl.isEmpty() ? url + QStringLiteral("/token") : tokenUrl), error);
+    return JsonFile::writeBytes(dictionariesFile(), defaultDictionaries, error)
+        && JsonFile::writeBytes(configFile(), defaultConfig(url, tokenUrl.isEmpty() ? url + QStringLiteral("/token") : tokenUrl), error);
 }
 
 std::optional<TillSettings> TillDataFolder::readSettings(QString *error) const

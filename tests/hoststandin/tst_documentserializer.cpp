@@ -3,6 +3,7 @@
 #include <savetofilelogic.h>
 #include <config.h>
 #include <singleton.h>
+#include <support/filesizelimit.h>
 #include <testing/testhost.h>
 
 #include <QFile>
@@ -20,6 +21,8 @@ private slots:
     void notADocument();
     void saveWritesToConfiguredFolder();
     void saveWithoutFolderKeepsInMemory();
+    void saveOnAFullDiskFailsAndKeepsTheLastCopy_data();
+    void saveOnAFullDiskFailsAndKeepsTheLastCopy();
 };
 
 void TestDocumentSerializer::roundTripKeepsEverythingPluginsStore()
@@ -95,16 +98,33 @@ void TestDocumentSerializer::notADocument()
     QVERIFY(!DocumentSerializer::fromJson(QJsonObject{{QStringLiteral("x"), 1}}));
 }
 
+namespace {
+
+// A return with an invoice number, to be saved in the documents folder that \a host is configured with.
+QSharedPointer<BackDocument> documentToSave(TestHost *host)
+{
+    host->setConfig(QStringLiteral("[Host]\ndocumentsDir=%1/docs\n").arg(host->folder()));
+    auto document = QSharedPointer<BackDocument>::create();
+    document->setPluginData(27, QStringLiteral("invoiceID"), QStringLiteral("000012000345"));
+    return document;
+}
+
+// What the file of \a document in \a host's documents folder holds.
+QByteArray savedFile(const TestHost &host, const QSharedPointer<BackDocument> &document)
+{
+    QFile file(SaveToFileLogic::fileName(host.folder() + QStringLiteral("/docs"), document->getId()));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
 void TestDocumentSerializer::saveWritesToConfiguredFolder()
 {
     TestHost host;
-    host.setConfig(QStringLiteral("[Host]\ndocumentsDir=%1/docs\n").arg(host.folder()));
-    auto document = QSharedPointer<BackDocument>::create();
-    document->setPluginData(27, QStringLiteral("invoiceID"), QStringLiteral("000012000345"));
+    const auto document = documentToSave(&host);
     QVERIFY(SaveToFileLogic().save(document, {}));
-    QFile file(SaveToFileLogic::fileName(host.folder() + QStringLiteral("/docs"), document->getId()));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const auto copy = DocumentSerializer::fromJson(QJsonDocument::fromJson(file.readAll()).object());
+    const auto copy = DocumentSerializer::fromJson(QJsonDocument::fromJson(savedFile(host, document)).object());
+    QVERIFY(copy);
     QCOMPARE(copy->getPluginData(27, QStringLiteral("invoiceID")).toString(), QStringLiteral("000012000345"));
 }
 
@@ -113,6 +133,33 @@ void TestDocumentSerializer::saveWithoutFolderKeepsInMemory()
     TestHost host;
     QVERIFY(SaveToFileLogic().save(QSharedPointer<BackDocument>::create(), {}));
     QVERIFY(!SaveToFileLogic().save({}, {}));
+}
+
+void TestDocumentSerializer::saveOnAFullDiskFailsAndKeepsTheLastCopy_data()
+{
+    QTest::addColumn<int>("size");
+    // Under Qt's write buffer, the disk refuses the bytes when the file is committed;
+    // over it, the write itself comes back short.
+    QTest::newRow("buffered") << 3000;
+    QTest::newRow("unbuffered") << 40000;
+}
+
+void TestDocumentSerializer::saveOnAFullDiskFailsAndKeepsTheLastCopy()
+{
+    QFETCH(int, size);
+    TestHost host;
+    const auto document = documentToSave(&host);
+    QVERIFY(SaveToFileLogic().save(document, {}));
+    const QByteArray saved = savedFile(host, document);
+    QVERIFY(!saved.isEmpty());
+
+    document->setPluginData(27, QStringLiteral("adviceNoteResponse"), QString(size, QLatin1Char('x')));
+    {
+        const FileSizeLimit full(1024);
+        QVERIFY(full.isSet());
+        QVERIFY(!SaveToFileLogic().save(document, {}));
+    }
+    QCOMPARE(savedFile(host, document), saved);
 }
 
 QTEST_GUILESS_MAIN(TestDocumentSerializer)

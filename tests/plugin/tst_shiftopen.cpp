@@ -5,6 +5,8 @@
 #include "client/interface.h"
 #include "tests/client/servicetestbed.h"
 
+#include <support/filesizelimit.h>
+
 #include <documentfacade.h>
 #include <documentsdao.h>
 #include <session.h>
@@ -12,6 +14,7 @@
 #include <singleton.h>
 
 #include <QJsonDocument>
+#include <QRegularExpression>
 #include <QTest>
 
 using Answer = ScriptedHttpServer::Answer;
@@ -40,6 +43,7 @@ private slots:
     void answerIsKeptAsShiftRecord_data();
     void answerIsKeptAsShiftRecord();
     void hostRefusalStopsBeforeService();
+    void failedShiftRecordIsAnError();
     void serviceErrorPassesToCaller_data();
     void serviceErrorPassesToCaller();
 
@@ -101,6 +105,23 @@ void TestShiftOpen::hostRefusalStopsBeforeService()
     }
     QVERIFY(thrown);
     QCOMPARE(m_bed->server().requestCount(), 0);
+    QVERIFY(shiftRecords().isEmpty());
+}
+
+void TestShiftOpen::failedShiftRecordIsAnError()
+{
+    Singleton<DocumentsDao>::setInstance(new DocumentsDao(m_bed->host().folder() + QStringLiteral("/till.db")));
+    m_bed->server().enqueue(Answer::json(200, R"({"status":"OK","tillId":"012","shiftNumber":4})"));
+    QTest::ignoreMessage(QtInfoMsg, "Открытие смены");
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^documents store ")));
+    QTest::ignoreMessage(QtCriticalMsg, "Не удалось сохранить запись смены tillOpen");
+    {
+        const FileSizeLimit full(1024);
+        QVERIFY(full.isSet());
+        // The till is open at the service all the same: nothing is thrown.
+        m_plugin->shiftOpen();
+    }
+    QCOMPARE(m_bed->server().requestCount(), 1);
     QVERIFY(shiftRecords().isEmpty());
 }
 

@@ -47,10 +47,12 @@ public:
     bool save(const QSharedPointer<AbstractDocument> &document, const QStringList &parts) override
     {
         saves.append({document, parts, document ? document->getPluginData(27, QStringLiteral("invoiceIDRaw")) : QVariant()});
-        return true;
+        return succeeds;
     }
 
     QList<Save> saves;
+    /// What the host answers: false as when its disk is full.
+    bool succeeds = true;
 };
 
 // A till with the plug-in bound to one document, talking to a scripted
@@ -154,6 +156,7 @@ private slots:
     void serviceUnreachableRefusesAndKeepsNothing();
     void failedAttemptKeepsTheEarlierAnswer();
     void storedAnswerIsRestoredByPropertyName();
+    void failedSaveIsAnErrorAndKeepsTheAnswer();
 };
 
 void TestDocumentClose::closeStoresTheReturnInvoice()
@@ -396,6 +399,23 @@ void TestDocumentClose::storedAnswerIsRestoredByPropertyName()
     QCOMPARE(bed.data(QStringLiteral("adviceNoteResponse")).toMap().keys(),
              (QStringList{QStringLiteral("requestHashSum"), QStringLiteral("response")}));
     QCOMPARE(bed.storedAnswer().requestHashSum, stored.value(QStringLiteral("requestHashSum")).toString());
+}
+
+void TestDocumentClose::failedSaveIsAnErrorAndKeepsTheAnswer()
+{
+    CloseBed bed;
+    bed.bind(ReturnDocuments::plainReturn());
+    bed.saves->succeeds = false;
+    LogCapture log;
+    QTest::ignoreMessage(QtCriticalMsg, "Не удалось сохранить документ с номером инвойса возврата 0/0/0012/000077");
+    // The service has settled the return: the close goes on, and the answer
+    // waits in the document for the host's next save.
+    QCOMPARE(bed.close(), EContext::Continue);
+    QCOMPARE(bed.saves->saves.size(), 1);
+    QCOMPARE(bed.data(QStringLiteral("invoiceIDRaw")), QVariant(QStringLiteral("0/0/0012/000077")));
+    QVERIFY(bed.data(QStringLiteral("adviceNoteResponse")).isValid());
+    QCOMPARE(log.texts(QStringLiteral("tessaroback"), QtCriticalMsg),
+             QStringList{QStringLiteral("Не удалось сохранить документ с номером инвойса возврата 0/0/0012/000077")});
 }
 
 QTEST_GUILESS_MAIN(TestDocumentClose)

@@ -25,6 +25,7 @@ class TestKilledTill : public QObject
 
 private slots:
     void killedTillFinishesTheScenario();
+    void killedRightAfterTheCloseHookKeepsThePluginsSave();
 };
 
 namespace {
@@ -59,23 +60,54 @@ QJsonObject documentOnDisk(const TillDataFolder &folder, const QString &id)
     return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
 }
 
+/// The scenario's till in a temporary folder, against an emulator in this process.
+struct ScenarioTill
+{
+    ScenarioTill()
+        : folder(dir.filePath(QStringLiteral("till")))
+        , file(dir.filePath(QStringLiteral("scenario.json")))
+    {
+        QString error;
+        QFile out(file);
+        ready = emulator.startInThread(0) != 0 && folder.create(emulator.baseUrl().toString(), emulator.tokenUrl().toString(), &error)
+            && out.open(QIODevice::WriteOnly) && out.write(scenario) == scenario.size();
+    }
+
+    /// The command line of tessaro-till run on this till, with \a options.
+    QStringList arguments(const QStringList &options = {}) const
+    {
+        return QStringList{QStringLiteral("run")} + options
+            + QStringList{QStringLiteral("--data"), folder.path(), QStringLiteral("--plugins"), QStringLiteral(TILL_PLUGIN_DIR), file};
+    }
+
+    /// Every advice note the service met: its outcome and the original invoice's number.
+    QStringList adviceNotes()
+    {
+        QStringList notes;
+        for (const JournalEntry &entry : emulator.journal().entriesFor(QStringLiteral("/advicenote"))) {
+            const QJsonObject original =
+                entry.exchange.jsonObject().value(QStringLiteral("header")).toObject().value(QStringLiteral("originalInvoice")).toObject();
+            notes.append(JournalEntry::outcomeName(entry.outcome) + QLatin1Char(' ') + original.value(QStringLiteral("invoiceNo")).toString());
+        }
+        return notes;
+    }
+
+    tessaro::emulator::Emulator emulator;
+    QTemporaryDir dir;
+    TillDataFolder folder;
+    QString file;
+    bool ready = false;
+};
+
 } // namespace
 
 void TestKilledTill::killedTillFinishesTheScenario()
 {
-    tessaro::emulator::Emulator emulator;
-    QVERIFY(emulator.startInThread(0));
-    QTemporaryDir dir;
-    const TillDataFolder folder(dir.filePath(QStringLiteral("till")));
-    QString error;
-    QVERIFY(folder.create(emulator.baseUrl().toString(), emulator.tokenUrl().toString(), &error));
-    const QString file = dir.filePath(QStringLiteral("scenario.json"));
-    QFile out(file);
-    QVERIFY(out.open(QIODevice::WriteOnly));
-    out.write(scenario);
-    out.close();
-    const QStringList arguments{QStringLiteral("run"), QStringLiteral("--data"), folder.path(), QStringLiteral("--plugins"),
-                                QStringLiteral(TILL_PLUGIN_DIR), file};
+    ScenarioTill bed;
+    QVERIFY(bed.ready);
+    tessaro::emulator::Emulator &emulator = bed.emulator;
+    const TillDataFolder &folder = bed.folder;
+    const QStringList arguments = bed.arguments();
 
     // Killed while it waits for the answer to the first return's advice note,
     // which the service holds without applying it.
@@ -111,13 +143,40 @@ void TestKilledTill::killedTillFinishesTheScenario()
 
     // The held advice note again, then the second return's: each return's
     // advice note applied once.
-    const QList<JournalEntry> adviceNotes = emulator.journal().entriesFor(QStringLiteral("/advicenote"));
-    QStringList invoices;
-    for (const JournalEntry &entry : adviceNotes) {
-        const QJsonObject original = entry.exchange.jsonObject().value(QStringLiteral("header")).toObject().value(QStringLiteral("originalInvoice")).toObject();
-        invoices.append(JournalEntry::outcomeName(entry.outcome) + QLatin1Char(' ') + original.value(QStringLiteral("invoiceNo")).toString());
-    }
-    QCOMPARE(invoices, QStringList({QStringLiteral("hung 401"), QStringLiteral("answered 401"), QStringLiteral("answered 402")}));
+    QCOMPARE(bed.adviceNotes(), QStringList({QStringLiteral("hung 401"), QStringLiteral("answered 401"), QStringLiteral("answered 402")}));
+}
+
+void TestKilledTill::killedRightAfterTheCloseHookKeepsThePluginsSave()
+{
+    ScenarioTill bed;
+    QVERIFY(bed.ready);
+    const TillDataFolder &folder = bed.folder;
+    const QStringList arguments = bed.arguments({QStringLiteral("--strict-host")});
+
+    // Dies as soon as the first return's close hook has let the close go on:
+    // the host has saved nothing since the payment.
+    QProcess till;
+    till.start(QStringLiteral(TILL_EXECUTABLE), arguments + QStringList{QStringLiteral("--kill-after-hook"), QStringLiteral("211")});
+    QVERIFY(till.waitForFinished(60000));
+    QCOMPARE(till.exitStatus(), QProcess::CrashExit);
+    const QByteArray seen = till.readAllStandardOutput();
+    QVERIFY2(seen.contains("[3/8] pay 150 in currency 1 → 2"), seen.constData());
+    QVERIFY2(!seen.contains("[4/8]"), seen.constData());
+
+    // Only the plug-in's own save holds the return invoice number.
+    const QJsonObject killed = documentOnDisk(folder, QStringLiteral("run0001-first"));
+    QCOMPARE(killed.value(QStringLiteral("closed")).toBool(), false);
+    QVERIFY(killed.value(QStringLiteral("pluginData")).toObject().value(QStringLiteral("27")).toObject().contains(QStringLiteral("invoiceIDRaw")));
+
+    QProcess again;
+    again.start(QStringLiteral(TILL_EXECUTABLE), arguments);
+    QVERIFY(again.waitForFinished(60000));
+    const QString output = QString::fromUtf8(again.readAllStandardOutput());
+    QVERIFY2(again.exitCode() == 0, qPrintable(output + QString::fromUtf8(again.readAllStandardError())));
+    QCOMPARE(DocumentsDao(folder.databaseFile()).getPaymentTotal(1, 1).toDouble(), 270.0);
+
+    // The close after the restart reuses the kept answer: each return's advice note went once.
+    QCOMPARE(bed.adviceNotes(), QStringList({QStringLiteral("answered 401"), QStringLiteral("answered 402")}));
 }
 
 QTEST_GUILESS_MAIN(TestKilledTill)

@@ -227,7 +227,8 @@ void TestSimulation::killWaitsForTheHeldAdviceNote()
 
     SessionOutcome outcome;
     outcome.requests = 1;
-    QVERIFY(KilledTillRun(QStringLiteral(TILL_EXECUTABLE), QStringLiteral(TILL_PLUGIN_DIR)).run(*session, &outcome));
+    QVERIFY(KilledTillRun(QStringLiteral(TILL_EXECUTABLE), QStringLiteral(TILL_PLUGIN_DIR))
+                .run(*session, KilledTillRun::Kill::HeldAdviceNote, &outcome));
 
     QCOMPARE(outcome.kills, 1);
     for (const InvariantChecker::Violation &violation : std::as_const(outcome.violations))

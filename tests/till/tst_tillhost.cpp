@@ -35,6 +35,8 @@ private slots:
     void refusedPaymentAddsNothing();
     void closeSendsThroughTheRecordingClient();
     void restartReadsDocumentsBackAndStartsThePluginAgain();
+    void strictHostSavesOnlyItsOwnChanges_data();
+    void strictHostSavesOnlyItsOwnChanges();
 
 private:
     static QList<CashierAnswer> answers(const QByteArray &json);
@@ -261,6 +263,36 @@ void TestTillHost::restartReadsDocumentsBackAndStartsThePluginAgain()
     QCOMPARE(reopened->getCardRecords().size(), 1);
     // init registered its hooks once more, after the host dropped the old ones.
     QCOMPARE(int(test.till.plugin().plugin()->triggers().size()), triggers);
+}
+
+void TestTillHost::strictHostSavesOnlyItsOwnChanges_data()
+{
+    QTest::addColumn<bool>("strict");
+    QTest::addColumn<bool>("reasonKept");
+    QTest::newRow("saves after every action") << false << true;
+    QTest::newRow("strict") << true << false;
+}
+
+void TestTillHost::strictHostSavesOnlyItsOwnChanges()
+{
+    QFETCH(bool, strict);
+    QFETCH(bool, reasonKept);
+    TestTill test(answers(R"([{"choice": "Покупатель передумал"}])"));
+    test.till.setStrictHost(strict);
+    test.openReturn(true);
+    PositionSpec position;
+    position.code = QStringLiteral("100");
+    test.actions.add(position, 1.0, 5.0);
+    // The plug-in's handler sets the reason on the position and saves nothing.
+    QCOMPARE(test.actions.reason(false, 1), 2);
+    QString error;
+    QVERIFY2(test.till.restart(&error), qPrintable(error));
+    const auto reopened = test.till.currentDocument();
+    QVERIFY(reopened);
+    // The position the host added itself is on disk either way.
+    QCOMPARE(reopened->getGoodsItems().size(), 1);
+    QCOMPARE(reopened->getGoodsItems().first()->getAdditionalData(QStringLiteral("tessaro"), QStringLiteral("backReason")).isValid(),
+             reasonKept);
 }
 
 QTEST_GUILESS_MAIN(TestTillHost)
