@@ -1,7 +1,7 @@
 #include "restclient.h"
 
 #include "log4qt/logger.h"
-#include "secretmask.h"
+#include "secrets/secretmask.h"
 
 #include <QElapsedTimer>
 

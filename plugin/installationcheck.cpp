@@ -5,7 +5,7 @@
 
 #include <basicexception.h>
 #include <config.h>
-#include <secretmask.h>
+#include "secrets/secretmask.h"
 #include <singleton.h>
 
 #include <QElapsedTimer>

@@ -1,39 +1,84 @@
 #include "secretmask.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QVariant>
+
 #include <algorithm>
 
 namespace {
 
 const QString hidden = QStringLiteral("***");
 
-// Field names that carry credentials: every name that ends in "token" or
-// "secret" ("access_token", "refresh_token", "id_token", "client_secret",
-// "appSecret"), and "password". The patterns match case-insensitively.
-const QString jsonSecretName = QStringLiteral(R"re([^"\\]*(?:token|secret)|password)re");
-const QString formSecretName = QStringLiteral(R"re([^&=?#;\s]*(?:token|secret)|password)re");
+// Names that are secrets whatever stands before them: "access_token",
+// "client_secret", "appSecret", "proxy-authorization", "x-api-key".
+const QStringList secretSuffixes{QStringLiteral("token"), QStringLiteral("secret"), QStringLiteral("authorization"),
+                                 QStringLiteral("apikey"), QStringLiteral("api_key"), QStringLiteral("api-key")};
+// Names that are secrets only as they stand: "key" is, "Key4" (an invoice
+// number) and "keyboard" are not; "password" is, "passwordHint" is not.
+const QStringList secretNames{QStringLiteral("password"), QStringLiteral("passwd"),    QStringLiteral("pwd"),
+                              QStringLiteral("key"),      QStringLiteral("signature"), QStringLiteral("sig")};
+const QStringList cardNames{QStringLiteral("cardbarcode"), QStringLiteral("cardnumber"), QStringLiteral("card_number"),
+                            QStringLiteral("customernumber")};
+// Headers hidden whatever setSecretHeaders() says.
+const QStringList alwaysSecretHeaders{QStringLiteral("cookie"), QStringLiteral("set-cookie")};
 
-// Most logged texts (every request's URL among them) name no secret field;
-// only those that do are worth the patterns.
-bool namesSecretField(const QString &text)
+// Most texts (every request's URL among them) hold nothing to hide; only
+// those with one of these fragments are worth the patterns. Escapes and
+// percent-encoding could spell a name in other letters, so they count too.
+bool mayHoldSecret(const QString &text)
 {
-    static const QStringList words{QStringLiteral("token"), QStringLiteral("secret"), QStringLiteral("password")};
+    static const QStringList fragments{QStringLiteral("token"), QStringLiteral("secret"), QStringLiteral("auth"),
+                                       QStringLiteral("pass"),  QStringLiteral("pwd"),    QStringLiteral("key"),
+                                       QStringLiteral("sig"),   QStringLiteral("card"),   QStringLiteral("customernumber"),
+                                       QStringLiteral("://"),   QStringLiteral("bearer"), QStringLiteral("basic"),
+                                       QStringLiteral("\\u"),   QStringLiteral("%")};
     // Folded once: case-sensitive searches are several times faster than
     // case-insensitive ones.
     const QString folded = text.toCaseFolded();
-    return std::any_of(words.cbegin(), words.cend(), [&folded](const QString &word) { return folded.contains(word); });
+    return std::any_of(fragments.cbegin(), fragments.cend(),
+                       [&folded](const QString &fragment) { return folded.contains(fragment); });
+}
+
+// The text of a JSON string literal's inside, escapes decoded; as it stands
+// when it is no valid literal (a cut-off text).
+QString decodedJsonString(const QString &inside)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(QStringLiteral("[\"%1\"]").arg(inside).toUtf8());
+    const QJsonValue value = document.array().at(0);
+    return value.isString() ? value.toString() : inside;
+}
+
+QString normalisedName(const QString &name)
+{
+    return name.trimmed().toCaseFolded();
+}
+
+QString quoted(const QString &text)
+{
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
+// A number or a string as the text of a card number.
+QString scalarText(const QJsonValue &value)
+{
+    return value.isString() ? value.toString() : value.toVariant().toString();
 }
 
 } // namespace
 
 SecretMask::SecretMask()
     : m_secretHeaders{QStringLiteral("Authorization")}
-    // "key" : "string with \" escapes" or a bare value (number, literal)
-    , m_jsonField(QStringLiteral(R"re(("(?:%1)"\s*:\s*)(?:"(?:[^"\\]|\\.)*"?|[^,}\]\s]+))re")
-                          .arg(jsonSecretName),
-                  QRegularExpression::CaseInsensitiveOption)
-    // key=value in a form body or a URL query
-    , m_formField(QStringLiteral(R"re(((?:^|[?&;\s])(?:%1)=)[^&#\s]*)re").arg(formSecretName),
-                  QRegularExpression::CaseInsensitiveOption)
+    // "key" : "string with \" escapes" or a bare value (number, literal);
+    // an object or array value is left to the matches inside it
+    , m_jsonField(QStringLiteral(R"re("((?:[^"\\]|\\.)*)"(\s*:\s*)("(?:[^"\\]|\\.)*"?|[^,{}\[\]\s"][^,}\]\s]*))re"))
+    // key=value in a form body or a URL query, also inside a JSON string
+    , m_formField(QStringLiteral(R"re((^|[?&;\s])([^&=?#;\s"]+)=([^&#\s"]*))re"))
+    // scheme://user:password@
+    , m_urlPassword(QStringLiteral(R"re(([A-Za-z][A-Za-z0-9+.-]*://[^/@\s:"]*:)[^/@\s"]*@)re"))
+    // a credential as an Authorization header carries it
+    , m_credential(QStringLiteral(R"re(\b(Bearer|Basic) +[A-Za-z0-9._~+/=-]{8,})re"))
 {
 }
 
@@ -44,7 +89,22 @@ void SecretMask::setSecretHeaders(const QStringList &names)
 
 bool SecretMask::isSecretHeader(const QString &name) const
 {
-    return m_secretHeaders.contains(name.trimmed(), Qt::CaseInsensitive);
+    const QString normalised = normalisedName(name);
+    return m_secretHeaders.contains(normalised, Qt::CaseInsensitive) || alwaysSecretHeaders.contains(normalised)
+        || isSecretName(normalised);
+}
+
+bool SecretMask::isSecretName(const QString &name)
+{
+    const QString normalised = normalisedName(name);
+    return secretNames.contains(normalised)
+        || std::any_of(secretSuffixes.cbegin(), secretSuffixes.cend(),
+                       [&normalised](const QString &suffix) { return normalised.endsWith(suffix); });
+}
+
+bool SecretMask::isCardName(const QString &name)
+{
+    return cardNames.contains(normalisedName(name));
 }
 
 QString SecretMask::header(const QString &name, const QString &value) const
@@ -62,10 +122,106 @@ QString SecretMask::headerLine(const QString &line) const
 
 QString SecretMask::text(const QString &text) const
 {
-    if (!namesSecretField(text))
+    if (!mayHoldSecret(text))
         return text;
-    QString masked = text;
-    masked.replace(m_jsonField, QStringLiteral("\\1\"") + hidden + QLatin1Char('"'));
-    masked.replace(m_formField, QStringLiteral("\\1") + hidden);
+    QString masked = maskedFormFields(maskedJsonFields(text));
+    masked.replace(m_urlPassword, QStringLiteral("\\1") + hidden + QLatin1Char('@'));
+    masked.replace(m_credential, QStringLiteral("\\1 ") + hidden);
     return masked;
+}
+
+QString SecretMask::maskedJsonFields(const QString &text) const
+{
+    QString result;
+    qsizetype done = 0;
+    QRegularExpressionMatchIterator it = m_jsonField.globalMatch(text);
+    while (it.hasNext()) {
+        const QRegularExpressionMatch match = it.next();
+        const QString name = decodedJsonString(match.captured(1));
+        const QString value = match.captured(3);
+        QString shown;
+        if (isSecretName(name)) {
+            shown = quoted(hidden);
+        } else if (isCardName(name)) {
+            const bool string = value.startsWith(QLatin1Char('"'));
+            const bool closed = string && value.size() > 1 && value.endsWith(QLatin1Char('"'));
+            shown = quoted(card(string ? decodedJsonString(value.mid(1, value.size() - (closed ? 2 : 1))) : value));
+        } else {
+            continue;
+        }
+        result += text.mid(done, match.capturedStart(3) - done);
+        result += shown;
+        done = match.capturedEnd(3);
+    }
+    return done == 0 ? text : result + text.mid(done);
+}
+
+QString SecretMask::maskedFormFields(const QString &text) const
+{
+    QString result;
+    qsizetype done = 0;
+    QRegularExpressionMatchIterator it = m_formField.globalMatch(text);
+    while (it.hasNext()) {
+        const QRegularExpressionMatch match = it.next();
+        const QString name = QUrl::fromPercentEncoding(match.captured(2).toUtf8());
+        QString shown;
+        if (isSecretName(name))
+            shown = hidden;
+        else if (isCardName(name))
+            shown = card(QUrl::fromPercentEncoding(match.captured(3).toUtf8()));
+        else
+            continue;
+        result += text.mid(done, match.capturedStart(3) - done);
+        result += shown;
+        done = match.capturedEnd(3);
+    }
+    return done == 0 ? text : result + text.mid(done);
+}
+
+QJsonValue SecretMask::json(const QJsonValue &value) const
+{
+    if (value.isString())
+        return text(value.toString());
+    if (value.isArray()) {
+        QJsonArray array;
+        for (const QJsonValue &item : value.toArray())
+            array.append(json(item));
+        return array;
+    }
+    if (!value.isObject())
+        return value;
+    QJsonObject object = value.toObject();
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        const QJsonValue member = it.value();
+        // An absent secret is no secret: "" and null say that it is absent.
+        const bool empty = member.isNull() || (member.isString() && member.toString().isEmpty());
+        if (isSecretName(it.key()) && !empty)
+            it.value() = hidden;
+        else if (isCardName(it.key()) && (member.isString() || member.isDouble()))
+            it.value() = card(scalarText(member));
+        else
+            it.value() = json(member);
+    }
+    return object;
+}
+
+QString SecretMask::url(const QUrl &url) const
+{
+    return text(url.toDisplayString(QUrl::RemovePassword));
+}
+
+QString SecretMask::summary(const QString &value)
+{
+    const qsizetype space = value.indexOf(QLatin1Char(' '));
+    if (space <= 0)
+        return QStringLiteral("<%1 chars>").arg(value.size());
+    return QStringLiteral("%1 <%2 chars>").arg(value.left(space)).arg(value.size() - space - 1);
+}
+
+QString SecretMask::card(const QString &number)
+{
+    constexpr qsizetype kept = 4;
+    if (number.size() <= kept)
+        return QString(number.size(), QLatin1Char('*'));
+    return QString(number.size() - kept, QLatin1Char('*')) + number.right(kept);
 }
