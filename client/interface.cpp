@@ -6,6 +6,7 @@
 #include "gate.h"
 #include "interfacedetail.h"
 #include "responses/connectionerrorexception.h"
+#include "secrets/linesanitizer.h"
 
 #include <config.h>
 #include <log4qt/logmanager.h>
@@ -254,7 +255,8 @@ TokenResponse Interface::getToken()
     restClient->postRaw(tokenUrl, form.toString(QUrl::FullyEncoded).toUtf8(), headers);
     const TokenResponse reply(restClient->lastResponse());
     reply.checkStatus();
-    logger->info(QStringLiteral("Получен токен: %1").arg(reply.token()));
+    // The token comes from outside: escaped, it cannot add lines of its own to the log.
+    logger->info(QStringLiteral("Получен токен: %1").arg(LineSanitizer::escaped(reply.token())));
     return reply;
 }
 

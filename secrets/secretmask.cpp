@@ -1,5 +1,7 @@
 #include "secretmask.h"
 
+#include "linesanitizer.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -8,8 +10,6 @@
 #include <algorithm>
 
 namespace {
-
-const QString hidden = QStringLiteral("***");
 
 // Names that are secrets whatever stands before them: "access_token",
 // "client_secret", "appSecret", "proxy-authorization", "x-api-key".
@@ -50,6 +50,22 @@ QString decodedJsonString(const QString &inside)
     return value.isString() ? value.toString() : inside;
 }
 
+// A field's name or value as the text writes it, decoded: JSON escapes in a
+// JSON text, percent-encoding in a form or query.
+QString decoded(const QString &written, bool json)
+{
+    return json ? decodedJsonString(written) : QUrl::fromPercentEncoding(written.toUtf8());
+}
+
+// A JSON value is a string literal (perhaps cut off) or a bare number.
+QString decodedValue(const QString &written, bool json)
+{
+    if (!json || !written.startsWith(QLatin1Char('"')))
+        return decoded(written, json);
+    const bool closed = written.size() > 1 && written.endsWith(QLatin1Char('"'));
+    return decodedJsonString(written.mid(1, written.size() - (closed ? 2 : 1)));
+}
+
 QString normalisedName(const QString &name)
 {
     return name.trimmed().toCaseFolded();
@@ -72,9 +88,9 @@ SecretMask::SecretMask()
     : m_secretHeaders{QStringLiteral("Authorization")}
     // "key" : "string with \" escapes" or a bare value (number, literal);
     // an object or array value is left to the matches inside it
-    , m_jsonField(QStringLiteral(R"re("((?:[^"\\]|\\.)*)"(\s*:\s*)("(?:[^"\\]|\\.)*"?|[^,{}\[\]\s"][^,}\]\s]*))re"))
+    , m_jsonField(QStringLiteral(R"re("(?<name>(?:[^"\\]|\\.)*)"\s*:\s*(?<value>"(?:[^"\\]|\\.)*"?|[^,{}\[\]\s"][^,}\]\s]*))re"))
     // key=value in a form body or a URL query, also inside a JSON string
-    , m_formField(QStringLiteral(R"re((^|[?&;\s])([^&=?#;\s"]+)=([^&#\s"]*))re"))
+    , m_formField(QStringLiteral(R"re((?:^|[?&;\s])(?<name>[^&=?#;\s"]+)=(?<value>[^&#\s"]*))re"))
     // scheme://user:password@
     , m_urlPassword(QStringLiteral(R"re(([A-Za-z][A-Za-z0-9+.-]*://[^/@\s:"]*:)[^/@\s"]*@)re"))
     // a credential as an Authorization header carries it
@@ -109,7 +125,7 @@ bool SecretMask::isCardName(const QString &name)
 
 QString SecretMask::header(const QString &name, const QString &value) const
 {
-    return name + QStringLiteral(": ") + (isSecretHeader(name) ? hidden : text(value));
+    return name + QStringLiteral(": ") + (isSecretHeader(name) ? hidden() : text(value));
 }
 
 QString SecretMask::headerLine(const QString &line) const
@@ -124,56 +140,31 @@ QString SecretMask::text(const QString &text) const
 {
     if (!mayHoldSecret(text))
         return text;
-    QString masked = maskedFormFields(maskedJsonFields(text));
-    masked.replace(m_urlPassword, QStringLiteral("\\1") + hidden + QLatin1Char('@'));
-    masked.replace(m_credential, QStringLiteral("\\1 ") + hidden);
+    QString masked = maskedFields(maskedFields(text, m_jsonField, Syntax::Json), m_formField, Syntax::Form);
+    masked.replace(m_urlPassword, QStringLiteral("\\1") + hidden() + QLatin1Char('@'));
+    masked.replace(m_credential, QStringLiteral("\\1 ") + hidden());
     return masked;
 }
 
-QString SecretMask::maskedJsonFields(const QString &text) const
+QString SecretMask::maskedFields(const QString &text, const QRegularExpression &pattern, Syntax syntax) const
 {
+    const bool json = syntax == Syntax::Json;
     QString result;
     qsizetype done = 0;
-    QRegularExpressionMatchIterator it = m_jsonField.globalMatch(text);
+    QRegularExpressionMatchIterator it = pattern.globalMatch(text);
     while (it.hasNext()) {
         const QRegularExpressionMatch match = it.next();
-        const QString name = decodedJsonString(match.captured(1));
-        const QString value = match.captured(3);
-        QString shown;
-        if (isSecretName(name)) {
-            shown = quoted(hidden);
-        } else if (isCardName(name)) {
-            const bool string = value.startsWith(QLatin1Char('"'));
-            const bool closed = string && value.size() > 1 && value.endsWith(QLatin1Char('"'));
-            shown = quoted(card(string ? decodedJsonString(value.mid(1, value.size() - (closed ? 2 : 1))) : value));
-        } else {
-            continue;
-        }
-        result += text.mid(done, match.capturedStart(3) - done);
-        result += shown;
-        done = match.capturedEnd(3);
-    }
-    return done == 0 ? text : result + text.mid(done);
-}
-
-QString SecretMask::maskedFormFields(const QString &text) const
-{
-    QString result;
-    qsizetype done = 0;
-    QRegularExpressionMatchIterator it = m_formField.globalMatch(text);
-    while (it.hasNext()) {
-        const QRegularExpressionMatch match = it.next();
-        const QString name = QUrl::fromPercentEncoding(match.captured(2).toUtf8());
+        const QString name = decoded(match.captured(u"name"), json);
         QString shown;
         if (isSecretName(name))
-            shown = hidden;
+            shown = hidden();
         else if (isCardName(name))
-            shown = card(QUrl::fromPercentEncoding(match.captured(3).toUtf8()));
+            shown = card(decodedValue(match.captured(u"value"), json));
         else
             continue;
-        result += text.mid(done, match.capturedStart(3) - done);
-        result += shown;
-        done = match.capturedEnd(3);
+        result += text.mid(done, match.capturedStart(u"value") - done);
+        result += json ? quoted(shown) : shown;
+        done = match.capturedEnd(u"value");
     }
     return done == 0 ? text : result + text.mid(done);
 }
@@ -193,10 +184,10 @@ QJsonValue SecretMask::json(const QJsonValue &value) const
     QJsonObject object = value.toObject();
     for (auto it = object.begin(); it != object.end(); ++it) {
         const QJsonValue member = it.value();
-        // An absent secret is no secret: "" and null say that it is absent.
-        const bool empty = member.isNull() || (member.isString() && member.toString().isEmpty());
-        if (isSecretName(it.key()) && !empty)
-            it.value() = hidden;
+        // "" and null say that a secret is absent, a boolean that it is set.
+        const bool saysNothing = member.isNull() || member.isBool() || (member.isString() && member.toString().isEmpty());
+        if (isSecretName(it.key()) && !saysNothing)
+            it.value() = hidden();
         else if (isCardName(it.key()) && (member.isString() || member.isDouble()))
             it.value() = card(scalarText(member));
         else
@@ -208,6 +199,16 @@ QJsonValue SecretMask::json(const QJsonValue &value) const
 QString SecretMask::url(const QUrl &url) const
 {
     return text(url.toDisplayString(QUrl::RemovePassword));
+}
+
+QString SecretMask::line(const QString &text) const
+{
+    return LineSanitizer::escaped(this->text(text));
+}
+
+QString SecretMask::hidden()
+{
+    return QStringLiteral("***");
 }
 
 QString SecretMask::summary(const QString &value)

@@ -47,12 +47,19 @@ public:
     /// \a text with the values of the secret fields hidden; JSON, form and URL
     /// texts alike, including cut-off ones.
     QString text(const QString &text) const;
-    /// \a value with the members named like a secret field hidden, at any
-    /// depth, card numbers cut to their last four characters, and every
-    /// other string passed through text().
+    /// \a value with the members named like a secret field hidden (strings,
+    /// numbers and structures; an empty string, null or a boolean says
+    /// nothing secret and stays), at any depth, card numbers cut to their
+    /// last four characters, and every other string passed through text().
     QJsonValue json(const QJsonValue &value) const;
     /// \a url as it may be shown: no password, no secret query field.
     QString url(const QUrl &url) const;
+    /// text() with its control characters escaped (LineSanitizer): a value
+    /// as one line of a log or of a terminal may show it.
+    QString line(const QString &text) const;
+
+    /// What a hidden secret reads as: "***".
+    static QString hidden();
 
     /// What may be said of a secret value: its scheme, when it has one, and
     /// its length ("Bearer <40 chars>").
@@ -61,8 +68,10 @@ public:
     static QString card(const QString &number);
 
 private:
-    QString maskedJsonFields(const QString &text) const;
-    QString maskedFormFields(const QString &text) const;
+    /// How a text writes its fields.
+    enum class Syntax { Json, Form };
+
+    QString maskedFields(const QString &text, const QRegularExpression &pattern, Syntax syntax) const;
 
     QStringList m_secretHeaders;
     QRegularExpression m_jsonField;

@@ -20,6 +20,7 @@ private slots:
     void url();
     void summary_data();
     void summary();
+    void line();
 };
 
 void TestSecretMask::text_data()
@@ -168,6 +169,8 @@ void TestSecretMask::json_data()
                                        << QByteArray(R"({"a":[{"n":1,"password":"***"}],"pluginData":{"token":"***"}})");
     QTest::newRow("empty and null secrets stay") << QByteArray(R"({"token":"","secret":null})")
                                                  << QByteArray(R"({"secret":null,"token":""})");
+    QTest::newRow("boolean says only that a secret is set") << QByteArray(R"({"secret":true,"length":12})")
+                                                            << QByteArray(R"({"length":12,"secret":true})");
     QTest::newRow("structured secret") << QByteArray(R"({"secret":{"a":1}})") << QByteArray(R"({"secret":"***"})");
     QTest::newRow("strings are texts") << QByteArray(R"({"url":"http://u:p@h/t?client_secret=s","body":"password=p"})")
                                        << QByteArray(R"({"body":"password=***","url":"http://u:***@h/t?client_secret=***"})");
@@ -225,6 +228,12 @@ void TestSecretMask::summary()
     QFETCH(QString, summary);
 
     QCOMPARE(SecretMask::summary(value), summary);
+}
+
+void TestSecretMask::line()
+{
+    QCOMPARE(SecretMask().line(QStringLiteral("error \x1b[31mred\r\npassword=p")),
+             QStringLiteral("error \\x1b[31mred\\r\\npassword=***"));
 }
 
 QTEST_GUILESS_MAIN(TestSecretMask)
