@@ -49,7 +49,11 @@ int main(int argc, char *argv[])
     const QCommandLineOption configOption({QStringLiteral("c"), QStringLiteral("config")},
                                           QStringLiteral("JSON settings file (see docs/emulator.md)."),
                                           QStringLiteral("FILE"));
-    parser.addOptions({portOption, hostOption, configOption});
+    const QCommandLineOption showSecretsOption(
+        QStringLiteral("show-secrets-in-journal"),
+        QStringLiteral("GET /_emulator/requests shows credentials, tokens and keys as they came, instead of their "
+                       "scheme and length. For a private emulator only: anyone who reaches the port may read them."));
+    parser.addOptions({portOption, hostOption, configOption, showSecretsOption});
     parser.process(app);
 
     EmulatorSettings settings;
@@ -65,6 +69,8 @@ int main(int argc, char *argv[])
         if (settings.address.isNull())
             return fail(QStringLiteral("--host needs an IP address"), 2);
     }
+    if (parser.isSet(showSecretsOption))
+        settings.showSecretsInJournal = true;
     quint16 port = settings.port;
     if (parser.isSet(portOption)) {
         bool ok = false;
