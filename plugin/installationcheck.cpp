@@ -34,7 +34,7 @@ QJsonObject plainSetting(const QString &key, const QJsonValue &value)
 // An address as it may be shown: no password, no secret query field.
 QString shownUrl(const QUrl &url)
 {
-    return SecretMask().text(url.toDisplayString(QUrl::RemovePassword));
+    return SecretMask().url(url);
 }
 
 QJsonObject urlSetting(const QString &key, const QUrl &value)

@@ -1,8 +1,9 @@
 #include "jsonfile.h"
 
+#include "privatefile.h"
+
 #include <QFile>
 #include <QJsonDocument>
-#include <QSaveFile>
 
 namespace till {
 
@@ -31,15 +32,7 @@ bool JsonFile::read(const QString &path, QJsonObject *object, QString *error)
 
 bool JsonFile::write(const QString &path, const QJsonObject &object, QString *error)
 {
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly)) {
-        file.write(QJsonDocument(object).toJson(QJsonDocument::Indented));
-        if (file.commit())
-            return true;
-    }
-    if (error)
-        *error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
-    return false;
+    return PrivateFile::write(path, QJsonDocument(object).toJson(QJsonDocument::Indented), error);
 }
 
 } // namespace till

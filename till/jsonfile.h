@@ -5,9 +5,9 @@
 
 namespace till {
 
-/// A JSON object kept in a file of its own. Writing replaces the file only
-/// once the new content is complete, so a till stopped while writing keeps
-/// the last good copy.
+/// A JSON object kept in a file of its own, written as a PrivateFile: only
+/// its owner may read a new one, and a till stopped while writing keeps the
+/// last good copy.
 class JsonFile
 {
 public:
