@@ -32,7 +32,7 @@ bool mayHoldSecret(const QString &text)
     static const QStringList fragments{QStringLiteral("token"), QStringLiteral("secret"), QStringLiteral("auth"),
                                        QStringLiteral("pass"),  QStringLiteral("pwd"),    QStringLiteral("key"),
                                        QStringLiteral("sig"),   QStringLiteral("card"),   QStringLiteral("customernumber"),
-                                       QStringLiteral("://"),   QStringLiteral("bearer"), QStringLiteral("basic"),
+                                       QStringLiteral("@"),     QStringLiteral("bearer"), QStringLiteral("basic"),
                                        QStringLiteral("\\u"),   QStringLiteral("%")};
     // Folded once: case-sensitive searches are several times faster than
     // case-insensitive ones.
