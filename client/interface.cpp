@@ -7,6 +7,7 @@
 #include "hostsdk/hostadapter.h"
 #include "interfacedetail.h"
 #include "responses/connectionerrorexception.h"
+#include "secrets/linesanitizer.h"
 
 #include <config.h>
 #include <log4qt/logmanager.h>
@@ -276,7 +277,8 @@ TokenResponse Interface::getToken()
     }
     const TokenResponse reply(hostsdk::lastResponse(*restClient));
     reply.checkStatus();
-    logger->info(QStringLiteral("Получен токен: %1").arg(reply.token()));
+    // The token comes from outside: escaped, it cannot add lines of its own to the log.
+    logger->info(QStringLiteral("Получен токен: %1").arg(LineSanitizer::escaped(reply.token())));
     return reply;
 }
 

@@ -7,6 +7,7 @@
 #include "interfacedetail.h"
 #include "responses/connectionerrorexception.h"
 #include "responses/traceability.h"
+#include "secrets/linesanitizer.h"
 
 #include <abstractdocument.h>
 #include <basicexception.h>
@@ -51,7 +52,7 @@ QString Interface::getCardBarcode(const QString &card)
         return card;
     const QString tail = card.right(13);
     const QString barcode = tail.left(3) + tail.right(8);
-    logger->info(QStringLiteral("Вместо номера карты используются номер ТКД: %1").arg(barcode));
+    logger->info(QStringLiteral("Вместо номера карты используются номер ТКД: %1").arg(LineSanitizer::escaped(barcode)));
     return barcode;
 }
 
@@ -64,7 +65,7 @@ CartCreateResponse Interface::cartCreate()
 
 AddCustomerResponse Interface::addCustomer(const QString &cartUuid, const QString &card)
 {
-    logger->info(QStringLiteral("Добавление клиента '%1'").arg(card));
+    logger->info(QStringLiteral("Добавление клиента '%1'").arg(LineSanitizer::escaped(card)));
     const QJsonObject body{{QStringLiteral("cardBarcode"), getCardBarcode(card)}};
     return AddCustomerResponse(send(getUrl(AddCustomer, cartUuid), body, getHeaders(QString())));
 }
@@ -91,7 +92,7 @@ CartUpdateResponse Interface::updateCart(const QString &cartUuid, const QJsonObj
             if (!retrying || reply.status() != Response::CartUpdateConflict)
                 return acceptCart(reply);
         } catch (const ConnectionErrorException &error) {
-            logger->error(error.tr().text());
+            logger->error(LineSanitizer::escaped(error.tr().text()));
         }
         const CartUpdateResponse current = readCartBack(cartUuid);
         if (updateApplied(current))
@@ -106,7 +107,7 @@ CartUpdateResponse Interface::readCartBack(const QString &cartUuid)
         try {
             return cartContent(cartUuid);
         } catch (const ConnectionErrorException &error) {
-            logger->error(error.tr().text());
+            logger->error(LineSanitizer::escaped(error.tr().text()));
             hostsdk::showMessage(error.tr(), Dialog::Error);
         }
     }
@@ -136,7 +137,7 @@ CartUpdateResponse Interface::acceptCart(const CartUpdateResponse &cart)
 
 CartUpdateResponse Interface::addCouponToCart(const QString &cartUuid, const QString &coupon, bool validate)
 {
-    logger->info(QStringLiteral("Добавление купона '%1' в корзину '%2'").arg(coupon, cartUuid));
+    logger->info(QStringLiteral("Добавление купона '%1' в корзину '%2'").arg(LineSanitizer::escaped(coupon), LineSanitizer::escaped(cartUuid)));
     const bool matches = checkValidationCouponMask(coupon);
     if (matches && !validate)
         logger->warn(QStringLiteral("Добавление купона в корзину без валидации"));
@@ -147,7 +148,7 @@ CartUpdateResponse Interface::addCouponToCart(const QString &cartUuid, const QSt
 
 CartUpdateResponse Interface::deleteCoupon(const QString &cartUuid, const QString &coupon)
 {
-    logger->info(QStringLiteral("Удаление купона '%1' из корзины '%2'").arg(coupon, cartUuid));
+    logger->info(QStringLiteral("Удаление купона '%1' из корзины '%2'").arg(LineSanitizer::escaped(coupon), LineSanitizer::escaped(cartUuid)));
     const QJsonObject body{{QStringLiteral("coupon"), QJsonObject{{QStringLiteral("number"), coupon},
                                                                    {QStringLiteral("validationCoupon"), false},
                                                                    {QStringLiteral("isDeleted"), true}}}};
@@ -163,7 +164,7 @@ bool Interface::checkValidationCouponMask(const QString &coupon) const
 CartUpdateResponse Interface::addItemToCart(const QString &cartUuid, const QSharedPointer<GoodsItem> &goodsItem,
                                             PositionData &positionData, bool checkBlock)
 {
-    logger->info(QStringLiteral("Добавление позиции в корзину '%1'").arg(cartUuid));
+    logger->info(QStringLiteral("Добавление позиции в корзину '%1'").arg(LineSanitizer::escaped(cartUuid)));
     QJsonObject body{{QStringLiteral("item"), itemObject(*goodsItem, positionData, checkBlock)}};
     const QJsonObject coupon = getCoupon(goodsItem);
     if (!coupon.isEmpty())
@@ -182,7 +183,7 @@ QJsonObject Interface::itemObject(const GoodsItem &goodsItem, PositionData &posi
     const QString exciseEan = hostsdk::additionalData(goodsItem, additionalDataSection, QStringLiteral("ean")).toString();
     bool settleReason = true;
     if (!exciseEan.isEmpty()) {
-        logger->info(QStringLiteral("Для добавления позиции используется EAN от Excise: '%1'").arg(exciseEan));
+        logger->info(QStringLiteral("Для добавления позиции используется EAN от Excise: '%1'").arg(LineSanitizer::escaped(exciseEan)));
         item.insert(QStringLiteral("barcode"), exciseEan);
     } else {
         const QSharedPointer<Tmc> article = goodsItem.getTmc();

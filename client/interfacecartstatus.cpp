@@ -6,6 +6,7 @@
 #include "hostsdk/hostadapter.h"
 #include "interfacedetail.h"
 #include "paymentlines.h"
+#include "secrets/linesanitizer.h"
 
 #include <abstractdocument.h>
 #include <config.h>
@@ -35,13 +36,13 @@ QString withoutCharacters(QString text, const QString &characters)
 
 CartStatusResponse Interface::setCartStatusPaid(const QString &cartUuid)
 {
-    logger->info(QStringLiteral("Изменение статуса корзины '%1' на PAID").arg(cartUuid));
+    logger->info(QStringLiteral("Изменение статуса корзины '%1' на PAID").arg(LineSanitizer::escaped(cartUuid)));
     return CartStatusResponse(send(getUrl(CartStatus, cartUuid), generatePayloadCartStatusPaid(), getHeaders(QString())));
 }
 
 CartStatusResponse Interface::setCartStatusCancelled(const QString &cartUuid)
 {
-    logger->info(QStringLiteral("Изменение статуса корзины '%1' на CANCELLED").arg(cartUuid));
+    logger->info(QStringLiteral("Изменение статуса корзины '%1' на CANCELLED").arg(LineSanitizer::escaped(cartUuid)));
     return CartStatusResponse(send(getUrl(CartStatus, cartUuid), {{QStringLiteral("status"), QStringLiteral("CANCELLED")}},
                                    getHeaders(QString())));
 }

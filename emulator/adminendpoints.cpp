@@ -36,12 +36,13 @@ QJsonArray faultsJson(const QList<Fault> &faults)
 } // namespace
 
 AdminEndpoints::AdminEndpoints(Journal &journal, FaultPlan &faults, Clock &clock, ServiceState &state,
-                               TokenIssuer &tokens)
+                               TokenIssuer &tokens, bool showSecrets)
     : m_journal(journal)
     , m_faults(faults)
     , m_clock(clock)
     , m_state(state)
     , m_tokens(tokens)
+    , m_showSecrets(showSecrets)
 {
 }
 
@@ -71,7 +72,7 @@ Reply AdminEndpoints::handle(const Exchange &exchange)
 Reply AdminEndpoints::requests(const QByteArray &method)
 {
     if (method == "GET")
-        return Reply::json(200, m_journal.toJson());
+        return Reply::json(200, m_journal.toJson(m_showSecrets ? JournalEntry::Secrets::Shown : JournalEntry::Secrets::Masked));
     if (method == "DELETE") {
         m_journal.clear();
         return done();

@@ -20,7 +20,9 @@ class TokenIssuer;
 class AdminEndpoints
 {
 public:
-    AdminEndpoints(Journal &journal, FaultPlan &faults, Clock &clock, ServiceState &state, TokenIssuer &tokens);
+    /// \a showSecrets: the journal shows credentials and tokens as they came.
+    AdminEndpoints(Journal &journal, FaultPlan &faults, Clock &clock, ServiceState &state, TokenIssuer &tokens,
+                   bool showSecrets);
 
     static bool owns(const QString &path);
     Reply handle(const Exchange &exchange);
@@ -37,6 +39,7 @@ private:
     Clock &m_clock;
     ServiceState &m_state;
     TokenIssuer &m_tokens;
+    bool m_showSecrets;
 };
 
 } // namespace tessaro::emulator

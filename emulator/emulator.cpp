@@ -11,7 +11,7 @@ Emulator::Emulator(const EmulatorSettings &settings)
     , m_state(m_settings)
     , m_tokens(m_settings, m_clock)
     , m_router(m_settings, m_clock, m_state, m_tokens)
-    , m_admin(m_journal, m_faults, m_clock, m_state, m_tokens)
+    , m_admin(m_journal, m_faults, m_clock, m_state, m_tokens, m_settings.showSecretsInJournal)
 {
     m_faults.set(m_settings.faults);
 }

@@ -73,6 +73,9 @@ public:
     QString appKey;
     QString appSecret;
     int clockToleranceSeconds = 15 * 60;
+    /// Whether GET /_emulator/requests shows credentials, tokens and keys as
+    /// they came; by default it shows only their scheme and length.
+    bool showSecretsInJournal = false;
     bool shiftOpenByDefault = true;
     QList<Till> tills;
     QString cardBarcodePattern = QStringLiteral("^[0-9]{6,20}$");

@@ -68,11 +68,11 @@ void Journal::clear()
     m_entries.clear();
 }
 
-QJsonArray Journal::toJson() const
+QJsonArray Journal::toJson(JournalEntry::Secrets secrets) const
 {
     QJsonArray array;
     for (const JournalEntry &entry : entries())
-        array.append(entry.toJson());
+        array.append(entry.toJson(secrets));
     return array;
 }
 

@@ -26,7 +26,7 @@ public:
     QList<JournalEntry> entriesFor(const QString &pathEnd) const;
     int size() const;
     void clear();
-    QJsonArray toJson() const;
+    QJsonArray toJson(JournalEntry::Secrets secrets = JournalEntry::Secrets::Masked) const;
 
 private:
     mutable QMutex m_mutex;

@@ -1,5 +1,7 @@
 #include "emulator/journalentry.h"
 
+#include "secrets/secretmask.h"
+
 namespace tessaro::emulator {
 
 QString JournalEntry::outcomeName(Outcome outcome)
@@ -15,9 +17,28 @@ QString JournalEntry::outcomeName(Outcome outcome)
     return {};
 }
 
-QJsonObject JournalEntry::toJson() const
+namespace {
+
+// The request's JSON form as anyone who asks the journal may see it.
+QJsonObject masked(QJsonObject object)
 {
-    QJsonObject object = exchange.toJson();
+    const SecretMask mask;
+    QJsonObject headers = object.value(QStringLiteral("headers")).toObject();
+    for (auto it = headers.begin(); it != headers.end(); ++it) {
+        const QString value = it.value().toString();
+        it.value() = mask.isSecretHeader(it.key()) ? SecretMask::summary(value) : mask.text(value);
+    }
+    object.insert(QStringLiteral("headers"), headers);
+    for (const QString &field : {QStringLiteral("query"), QStringLiteral("body")})
+        object.insert(field, mask.text(object.value(field).toString()));
+    return object;
+}
+
+} // namespace
+
+QJsonObject JournalEntry::toJson(Secrets secrets) const
+{
+    QJsonObject object = secrets == Secrets::Shown ? exchange.toJson() : masked(exchange.toJson());
     object.insert(QStringLiteral("id"), id);
     object.insert(QStringLiteral("status"), status);
     object.insert(QStringLiteral("outcome"), outcomeName(outcome));

@@ -21,9 +21,15 @@ public:
         Abandoned, ///< the client left before the delayed answer was ready
     };
 
+    /// Whether the JSON form shows secrets as they came.
+    enum class Secrets {
+        Masked, ///< secret headers as their scheme and length ("Bearer <40 chars>"), secret fields as "***"
+        Shown,  ///< as they came
+    };
+
     static QString outcomeName(Outcome outcome);
     /// The request's fields plus "id", "status", "outcome" and "fault".
-    QJsonObject toJson() const;
+    QJsonObject toJson(Secrets secrets = Secrets::Masked) const;
 
     qint64 id = 0;
     Exchange exchange;

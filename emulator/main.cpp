@@ -57,7 +57,11 @@ int main(int argc, char *argv[])
                        "recorded answer of the recorded request it matches; one that matches none gets HTTP 500 and a journal "
                        "entry naming the nearest recorded request and the first difference (docs/contracts.md)."),
         QStringLiteral("CASSETTE"));
-    parser.addOptions({portOption, hostOption, configOption, replayOption});
+    const QCommandLineOption showSecretsOption(
+        QStringLiteral("show-secrets-in-journal"),
+        QStringLiteral("GET /_emulator/requests shows credentials, tokens and keys as they came, instead of their "
+                       "scheme and length. For a private emulator only: anyone who reaches the port may read them."));
+    parser.addOptions({portOption, hostOption, configOption, replayOption, showSecretsOption});
     parser.process(app);
 
     EmulatorSettings settings;
@@ -73,6 +77,8 @@ int main(int argc, char *argv[])
         if (settings.address.isNull())
             return fail(QStringLiteral("--host needs an IP address"), 2);
     }
+    if (parser.isSet(showSecretsOption))
+        settings.showSecretsInJournal = true;
     quint16 port = settings.port;
     if (parser.isSet(portOption)) {
         bool ok = false;

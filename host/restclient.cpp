@@ -2,7 +2,8 @@
 
 #include "config.h"
 #include "log4qt/logger.h"
-#include "secretmask.h"
+#include "secrets/linesanitizer.h"
+#include "secrets/secretmask.h"
 #include "singleton.h"
 
 #include <QElapsedTimer>
@@ -197,7 +198,7 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
         last = response(url, CURLE_BAD_FUNCTION_ARGUMENT, 0, {});
         if (logger)
             logger->error(QStringLiteral("%1 %2: %3").arg(verb == Verb::Post ? QStringLiteral("POST") : QStringLiteral("GET"),
-                                                          loggedUrl(url), last.errorText().text()));
+                                                          loggedUrl(url), LineSanitizer::escaped(last.errorText().text())));
         return false;
     }
 
@@ -260,7 +261,7 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
     if (logger) {
         const QString method = verb == Verb::Post ? QStringLiteral("POST") : QStringLiteral("GET");
         const QString outcome = last.isNetworkError()
-                ? last.errorText().text()
+                ? LineSanitizer::escaped(last.errorText().text())
                 : QStringLiteral("HTTP %1").arg(last.httpCode());
         // One arg() call: a "%2F" in the URL must not take the place of a later argument.
         logger->info(QStringLiteral("%1 %2: %3, %4 ms")
@@ -333,7 +334,7 @@ int RestClient::Private::bounded(int milliseconds) const
 
 QString RestClient::Private::loggedUrl(const QUrl &url) const
 {
-    return mask.text(url.toDisplayString(QUrl::RemovePassword));
+    return LineSanitizer::escaped(mask.url(url));
 }
 
 void RestClient::Private::logRequest(const QUrl &url, const QByteArray &body,
@@ -345,9 +346,9 @@ void RestClient::Private::logRequest(const QUrl &url, const QByteArray &body,
     for (auto it = headers.cbegin(); it != headers.cend(); ++it)
         lines.append(mask.header(it.key(), it.value()));
     lines.sort(Qt::CaseInsensitive);
-    logger->debug(QStringLiteral("Request headers %1: %2").arg(loggedUrl(url), lines.join(QStringLiteral("; "))));
+    logger->debug(QStringLiteral("Request headers %1: %2").arg(loggedUrl(url), LineSanitizer::escaped(lines.join(QStringLiteral("; ")))));
     if (!body.isEmpty())
-        logger->debug(QStringLiteral("Request body: ") + cutForLog(mask.text(QString::fromUtf8(body))));
+        logger->debug(QStringLiteral("Request body: ") + cutForLog(mask.line(QString::fromUtf8(body))));
 }
 
 void RestClient::Private::logResponse(const QByteArrayList &headerLines, const QByteArray &body) const
@@ -358,9 +359,9 @@ void RestClient::Private::logResponse(const QByteArrayList &headerLines, const Q
     for (const QByteArray &line : headerLines)
         lines.append(mask.headerLine(QString::fromUtf8(line)));
     if (!lines.isEmpty())
-        logger->debug(QStringLiteral("Response headers: ") + lines.join(QStringLiteral("; ")));
+        logger->debug(QStringLiteral("Response headers: ") + LineSanitizer::escaped(lines.join(QStringLiteral("; "))));
     if (!body.isEmpty())
-        logger->debug(QStringLiteral("Response body: ") + cutForLog(mask.text(QString::fromUtf8(body))));
+        logger->debug(QStringLiteral("Response body: ") + cutForLog(mask.line(QString::fromUtf8(body))));
 }
 
 RestClient::RestClient()

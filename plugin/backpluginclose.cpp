@@ -8,6 +8,7 @@
 #include "responses/advicenoteresponse.h"
 #include "responses/response.h"
 #include "responses/shiftclosedexception.h"
+#include "secrets/linesanitizer.h"
 
 #include <abstractdocument.h>
 #include <backbysaledocument.h>
@@ -69,7 +70,7 @@ void BackPlugin::settleReturn()
     answer.checkStatus();
 
     const QString invoiceId = answer.key4();
-    logger->info(QStringLiteral("Номер инвойса возврата: %1").arg(invoiceId));
+    logger->info(QStringLiteral("Номер инвойса возврата: %1").arg(LineSanitizer::escaped(invoiceId)));
     setPluginData(QStringLiteral("invoiceIDRaw"), invoiceId);
     setPluginData(QStringLiteral("invoiceID"), QString(invoiceId).remove(QLatin1Char('/')));
     setPluginData(AdviceNoteResponseKey, answer.toMap());

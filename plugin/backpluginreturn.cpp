@@ -6,6 +6,7 @@
 #include "backplugindetail.h"
 #include "hostsdk/hostadapter.h"
 #include "returns/backdialog.h"
+#include "secrets/linesanitizer.h"
 
 #include <abstractdocument.h>
 #include <backbysaledocument.h>
@@ -73,7 +74,7 @@ void BackPlugin::setDocument(const QSharedPointer<AbstractDocument> &document)
 
     InvoiceInfo info = getInvoiceInfo();
     if (info.valid()) {
-        logger->debug(QStringLiteral("Обработка возврата по инвойсу %1").arg(info.invoiceIdRaw()));
+        logger->debug(QStringLiteral("Обработка возврата по инвойсу %1").arg(LineSanitizer::escaped(info.invoiceIdRaw())));
         return;
     }
     if (document->getType() == EDocumentType::Back) {
@@ -88,7 +89,7 @@ void BackPlugin::setDocument(const QSharedPointer<AbstractDocument> &document)
 bool BackPlugin::bindBackBySale(const BackBySaleDocument &document) const
 {
     const QString identifier = hostsdk::saleIdentifier(document);
-    logger->info(QStringLiteral("Идентификатор чека продажи: %1").arg(identifier));
+    logger->info(QStringLiteral("Идентификатор чека продажи: %1").arg(LineSanitizer::escaped(identifier)));
     if (identifier.size() != 12 && identifier.size() != 24) {
         showRefusal(tr::Tr(QStringLiteral("tessaroBackBySaleIncorrectId"),
                            QStringLiteral("Некорректный идентификатор оригинального инвойса")));
@@ -99,7 +100,7 @@ bool BackPlugin::bindBackBySale(const BackBySaleDocument &document) const
     info.storeNumber = hostsdk::documentShopCode(document);
     const auto source = hostsdk::sourceDocument(document);
     info.invoiceDate = (source ? source->getDateTime() : document.getDateTime()).date();
-    logger->info(QStringLiteral("Номер оригинального инвойса: %1").arg(info.invoiceIdRaw()));
+    logger->info(QStringLiteral("Номер оригинального инвойса: %1").arg(LineSanitizer::escaped(info.invoiceIdRaw())));
     storeInvoiceInfo(info);
     return true;
 }
@@ -152,7 +153,7 @@ EContext::Result BackPlugin::selectBackReason(const control::Action &action)
     }
     if (chosen >= 0 && chosen < reasons.size()) {
         hostsdk::setAdditionalData(*position, ReasonNamespace, ReasonKey, reasons.at(chosen).code);
-        logger->info(QStringLiteral("Для позиции %1 выбрана причина %2").arg(position->getPosnum()).arg(reasons.at(chosen).name));
+        logger->info(QStringLiteral("Для позиции %1 выбрана причина %2").arg(position->getPosnum()).arg(LineSanitizer::escaped(reasons.at(chosen).name)));
     } else if (const QVariant kept = hostsdk::additionalData(*position, ReasonNamespace, ReasonKey); !kept.isNull()) {
         logger->info(QStringLiteral("Сохранена установленная ранее причина возврата %1").arg(kept.toInt()));
     } else if (const QVariant common = hostsdk::commonBackReason(*document); !common.isNull()) {
@@ -226,7 +227,7 @@ InvoiceInfo BackPlugin::inputInvoiceInfo()
         return invoiceInfo;
     }
     invoiceInfo = InvoiceInfo::fromMap(answer);
-    logger->info(QStringLiteral("Введен номер инвойса: %1; номер ТЦ: %2").arg(invoiceInfo.invoiceIdRaw(), invoiceInfo.storeNumber));
+    logger->info(QStringLiteral("Введен номер инвойса: %1; номер ТЦ: %2").arg(LineSanitizer::escaped(invoiceInfo.invoiceIdRaw()), LineSanitizer::escaped(invoiceInfo.storeNumber)));
     return invoiceInfo;
 }
 

@@ -6,7 +6,7 @@
 
 #include <basicexception.h>
 #include <config.h>
-#include <secretmask.h>
+#include "secrets/secretmask.h"
 #include <singleton.h>
 
 #include <QElapsedTimer>
@@ -31,7 +31,7 @@ QJsonObject plainSetting(const QString &key, const QJsonValue &value)
 // An address as it may be shown: no password, no secret query field.
 QString shownUrl(const QUrl &url)
 {
-    return SecretMask().text(url.toDisplayString(QUrl::RemovePassword));
+    return SecretMask().url(url);
 }
 
 QJsonObject urlSetting(const QString &key, const QUrl &value)

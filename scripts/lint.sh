@@ -11,7 +11,7 @@ here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${TESSARO_BUILD_DIR:-$here/build}"
 jobs="${TESSARO_JOBS:-$(nproc)}"
 what="${1:-all}"
-areas='host|hostsdk|plugin|client|responses|returns|emulator|till'
+areas='secrets|host|hostsdk|plugin|client|responses|returns|emulator|till'
 
 if [ ! -f "$build/build.ninja" ]; then
     cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE="${TESSARO_BUILD_TYPE:-RelWithDebInfo}" -DTESSARO_WERROR=ON \

@@ -1,5 +1,8 @@
 #include "checkreport.h"
 
+#include "secrets/linesanitizer.h"
+#include "secrets/secretmask.h"
+
 #include <QJsonArray>
 
 #include <algorithm>
@@ -25,7 +28,10 @@ void CheckReport::startGroup(const QString &group)
 void CheckReport::add(Level level, const QString &name, const QString &detail, const QString &hint,
                       std::optional<qint64> ms)
 {
-    m_items.append({m_group, name, level, detail, hint, ms});
+    // Details quote what the till and the service said; the mask catches a
+    // secret that came along (an address's key, a credential in an error).
+    const SecretMask mask;
+    m_items.append({m_group, name, level, mask.text(detail), mask.text(hint), ms});
 }
 
 void CheckReport::ok(const QString &name, const QString &detail, std::optional<qint64> ms)
@@ -92,23 +98,26 @@ QString CheckReport::text() const
     const QString indent(2 + levelWidth + nameWidth + 2, QLatin1Char(' '));
 
     QString text;
-    const QString till = m_context.value(QStringLiteral("till")).toString();
-    const QString config = m_context.value(QStringLiteral("config")).toString();
+    // What the service said reaches the terminal escaped: an error text must
+    // not clear the screen or write a line of its own.
+    const auto shown = [](const QString &text) { return LineSanitizer::escaped(text); };
+    const QString till = shown(m_context.value(QStringLiteral("till")).toString());
+    const QString config = shown(m_context.value(QStringLiteral("config")).toString());
     text += till.isEmpty() ? QStringLiteral("Installation check, configuration %1\n").arg(config)
                            : QStringLiteral("Installation check of the till in %1 (configuration %2)\n").arg(till, config);
     QString group;
     for (const Item &item : m_items) {
         if (item.group != group) {
             group = item.group;
-            text += QLatin1Char('\n') + group + QLatin1Char('\n');
+            text += QLatin1Char('\n') + shown(group) + QLatin1Char('\n');
         }
         QString line = QStringLiteral("  ") + levelName(item.level).leftJustified(levelWidth)
-            + item.name.leftJustified(nameWidth) + QStringLiteral("  ") + item.detail;
+            + shown(item.name).leftJustified(nameWidth) + QStringLiteral("  ") + shown(item.detail);
         if (item.ms)
             line += QStringLiteral(" (%1 ms)").arg(*item.ms);
         text += line + QLatin1Char('\n');
         if (!item.hint.isEmpty())
-            text += indent + QStringLiteral("→ ") + item.hint + QLatin1Char('\n');
+            text += indent + QStringLiteral("→ ") + shown(item.hint) + QLatin1Char('\n');
     }
     return text + QLatin1Char('\n') + summary() + QLatin1Char('\n');
 }

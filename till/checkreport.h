@@ -13,7 +13,9 @@ namespace till {
 /// or a failure, with a hint of what to change; a summary and the exit code.
 ///
 /// Nothing secret is ever put into it: callers hand it texts that are safe to
-/// show, and it shows them as they are.
+/// show, and it masks what might still slip through (SecretMask). Its text
+/// form escapes control characters, so that no quoted answer of the service
+/// can move the terminal's cursor or add a line.
 class CheckReport
 {
 public:

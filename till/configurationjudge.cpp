@@ -2,6 +2,8 @@
 
 #include "checkreport.h"
 
+#include "secrets/secretmask.h"
+
 #include <QHostAddress>
 #include <QUrl>
 #include <QRegularExpression>
@@ -253,7 +255,7 @@ void ConfigurationJudge::judgeTokenAuth(CheckReport *report) const
     report->ok(QStringLiteral("Tessaro:realmId"), !used ? QStringLiteral("not used") : realmId.isEmpty() ? QStringLiteral("(empty)") : realmId);
 
     const QString scheme = setting(QStringLiteral("Tessaro:authorizationHeader")).value(QStringLiteral("scheme")).toString();
-    judgeSecret(QStringLiteral("Tessaro:authorizationHeader"), scheme.isEmpty() ? QStringLiteral("***") : scheme + QStringLiteral(" ***"),
+    judgeSecret(QStringLiteral("Tessaro:authorizationHeader"), scheme.isEmpty() ? SecretMask::hidden() : scheme + QLatin1Char(' ') + SecretMask::hidden(),
                 used, QStringLiteral("set Tessaro:authorizationHeader to the value the token endpoint expects, e.g. Basic <base64 of id:secret>"),
                 report);
 }
@@ -379,10 +381,10 @@ void ConfigurationJudge::judgeGateway(CheckReport *report) const
 {
     const bool on = gatewayOn();
     report->ok(QStringLiteral("OrvelGate:tessaro"), on ? QStringLiteral("on: every request is signed for the gateway") : QStringLiteral("off"));
-    judgeSecret(QStringLiteral("OrvelGate:appKey"), QStringLiteral("***"), on,
+    judgeSecret(QStringLiteral("OrvelGate:appKey"), SecretMask::hidden(), on,
                 QStringLiteral("set OrvelGate:appKey to the application key the gateway issued; while it is empty, requests go unsigned"),
                 report);
-    judgeSecret(QStringLiteral("OrvelGate:appSecret"), QStringLiteral("***"), on,
+    judgeSecret(QStringLiteral("OrvelGate:appSecret"), SecretMask::hidden(), on,
                 QStringLiteral("set OrvelGate:appSecret to the application secret the gateway issued; while it is empty, requests go unsigned"),
                 report);
     const QString key = QStringLiteral("OrvelGate:xStage");

@@ -1,8 +1,9 @@
 #include "jsonfile.h"
 
+#include "privatefile.h"
+
 #include <QFile>
 #include <QJsonDocument>
-#include <QSaveFile>
 
 namespace till {
 
@@ -31,19 +32,7 @@ bool JsonFile::read(const QString &path, QJsonObject *object, QString *error)
 
 bool JsonFile::write(const QString &path, const QJsonObject &object, QString *error)
 {
-    return writeBytes(path, QJsonDocument(object).toJson(QJsonDocument::Indented), error);
-}
-
-bool JsonFile::writeBytes(const QString &path, const QByteArray &content, QString *error)
-{
-    QSaveFile file(path);
-    // commit() misses a write the disk cut short (a full disk), and would put
-    // the truncated file in place of the good one: the write is checked here.
-    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush() && file.commit())
-        return true;
-    if (error)
-        *error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
-    return false;
+    return PrivateFile::write(path, QJsonDocument(object).toJson(QJsonDocument::Indented), error);
 }
 
 } // namespace till

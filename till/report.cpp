@@ -1,5 +1,7 @@
 #include "report.h"
 
+#include "secrets/secretmask.h"
+
 #include <QJsonArray>
 
 namespace till {
@@ -101,6 +103,14 @@ QStringList stringsOf(const QJsonValue &value)
     return strings;
 }
 
+// Reports and progress files outlive the run and travel (a ticket, a mail):
+// what they hold is masked as the logs are.
+QJsonObject masked(const QJsonObject &json)
+{
+    thread_local const SecretMask mask;
+    return mask.json(json).toObject();
+}
+
 } // namespace
 
 QJsonObject ActionRecord::toJson() const
@@ -115,7 +125,7 @@ QJsonObject ActionRecord::toJson() const
                      {QStringLiteral("failures"), QJsonArray::fromStringList(failures)}};
     if (result)
         json.insert(QStringLiteral("result"), *result);
-    return json;
+    return masked(json);
 }
 
 ActionRecord ActionRecord::fromJson(const QJsonObject &json)
@@ -149,7 +159,7 @@ QJsonObject Report::toJson() const
     QJsonObject documentStates;
     for (auto it = documents.cbegin(); it != documents.cend(); ++it)
         documentStates.insert(it.key(), it.value());
-    return {{QStringLiteral("scenario"), scenario},
+    return masked({{QStringLiteral("scenario"), scenario},
             {QStringLiteral("file"), file},
             {QStringLiteral("dataFolder"), dataFolder},
             {QStringLiteral("plugin"), plugin},
@@ -158,7 +168,7 @@ QJsonObject Report::toJson() const
             {QStringLiteral("actions"), arrayOf(actions, [](const ActionRecord &a) { return a.toJson(); })},
             {QStringLiteral("documents"), documentStates},
             {QStringLiteral("failures"), QJsonArray::fromStringList(allFailures())},
-            {QStringLiteral("passed"), passed()}};
+            {QStringLiteral("passed"), passed()}});
 }
 
 } // namespace till

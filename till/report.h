@@ -69,6 +69,7 @@ struct ActionRecord
     /// Expectations that failed, and script problems.
     QStringList failures;
 
+    /// The record's JSON form, secrets and card numbers masked.
     QJsonObject toJson() const;
     static ActionRecord fromJson(const QJsonObject &json);
 };
@@ -90,6 +91,7 @@ struct Report
     /// Every failure, of the actions and of the scenario.
     QStringList allFailures() const;
     bool passed() const { return allFailures().isEmpty(); }
+    /// The report's JSON form, secrets and card numbers masked.
     QJsonObject toJson() const;
 };
 

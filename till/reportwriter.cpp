@@ -3,16 +3,39 @@
 #include "jsonfile.h"
 #include "jsontext.h"
 
+#include "secrets/secretmask.h"
+
 #include <QJsonArray>
 
 namespace till {
 
 namespace {
 
+const SecretMask &mask()
+{
+    thread_local const SecretMask mask;
+    return mask;
+}
+
+/// A text as a line of the terminal may show it: secrets masked, control
+/// characters escaped (a dialog's text may carry a service's error text).
+QString shown(const QString &text)
+{
+    return mask().line(text);
+}
+
+QStringList shown(const QStringList &texts)
+{
+    QStringList result;
+    for (const QString &text : texts)
+        result << shown(text);
+    return result;
+}
+
 /// A value as the report shows it; null is a cancelled answer.
 QString compact(const QJsonValue &value)
 {
-    return JsonText::of(value, QStringLiteral("cancelled"), QString());
+    return shown(JsonText::of(mask().json(value), QStringLiteral("cancelled"), QString()));
 }
 
 QString shortened(const QString &text, int length)
@@ -47,8 +70,8 @@ QString documentType(int type)
 
 QString ReportWriter::progressLine(const ActionRecord &record, int actionCount)
 {
-    QString line = record.type == QLatin1String("start") ? QStringLiteral("[till] %1").arg(record.title)
-                                                         : QStringLiteral("[%1/%2] %3").arg(record.index + 1).arg(actionCount).arg(record.title);
+    QString line = record.type == QLatin1String("start") ? QStringLiteral("[till] %1").arg(shown(record.title))
+                                                         : QStringLiteral("[%1/%2] %3").arg(record.index + 1).arg(actionCount).arg(shown(record.title));
     if (record.result)
         line += QStringLiteral(" → %1").arg(*record.result);
     QStringList counts;
@@ -73,9 +96,9 @@ QString ReportWriter::details(const ActionRecord &record)
         lines << line + QStringLiteral(" → %1").arg(step.result);
     }
     for (const DialogRecord &dialog : record.dialogs) {
-        QString line = QStringLiteral("    %1 %2 \"%3\"").arg(dialog.kind, -8).arg(dialog.id, shortened(dialog.text, 90));
+        QString line = QStringLiteral("    %1 %2 \"%3\"").arg(dialog.kind, -8).arg(shown(dialog.id), shortened(shown(dialog.text), 90));
         if (!dialog.items.isEmpty())
-            line += QStringLiteral(" [%1]").arg(dialog.items.join(QStringLiteral(" | ")));
+            line += QStringLiteral(" [%1]").arg(shown(dialog.items).join(QStringLiteral(" | ")));
         const QString answer = compact(dialog.answer);
         if (!answer.isEmpty())
             line += QStringLiteral(" → %1").arg(answer);
@@ -83,22 +106,23 @@ QString ReportWriter::details(const ActionRecord &record)
     }
     for (const RequestRecord &request : record.requests) {
         const QString outcome = request.networkError
-            ? QStringLiteral("no answer (%1)").arg(request.errorText.isEmpty() ? QString::number(request.errorCode) : request.errorText)
+            ? QStringLiteral("no answer (%1)").arg(request.errorText.isEmpty() ? QString::number(request.errorCode) : shown(request.errorText))
             : QStringLiteral("HTTP %1").arg(request.httpCode);
-        lines << QStringLiteral("    request %1 %2 → %3").arg(request.method, request.path, outcome);
+        lines << QStringLiteral("    request %1 %2 → %3").arg(shown(request.method), shown(request.path), outcome);
     }
     for (const QString &note : record.notes)
-        lines << QStringLiteral("    note    %1").arg(note);
+        lines << QStringLiteral("    note    %1").arg(shown(note));
     for (const QString &failure : record.failures)
-        lines << QStringLiteral("    FAILED  %1").arg(failure);
+        lines << QStringLiteral("    FAILED  %1").arg(shown(failure));
     return lines.join(QLatin1Char('\n'));
 }
 
-QString ReportWriter::document(const QString &name, const QJsonObject &snapshot)
+QString ReportWriter::document(const QString &name, const QJsonObject &given)
 {
+    const QJsonObject snapshot = mask().json(given).toObject();
     QStringList lines;
     lines << QStringLiteral("  %1 (%2, %3, %4)")
-                 .arg(name, snapshot.value(QStringLiteral("id")).toString(),
+                 .arg(shown(name), shown(snapshot.value(QStringLiteral("id")).toString()),
                       documentType(snapshot.value(QStringLiteral("type")).toInt()),
                       snapshot.value(QStringLiteral("closed")).toBool() ? QStringLiteral("closed") : QStringLiteral("open"));
     const QJsonObject pluginData = snapshot.value(QStringLiteral("pluginData")).toObject();
@@ -113,14 +137,14 @@ QString ReportWriter::document(const QString &name, const QJsonObject &snapshot)
         const QJsonObject position = value.toObject();
         QString line = QStringLiteral("    position %1: %2 ×%3 at %4")
                            .arg(position.value(QStringLiteral("posnum")).toInt())
-                           .arg(position.value(QStringLiteral("code")).toString(),
+                           .arg(shown(position.value(QStringLiteral("code")).toString()),
                                 compact(position.value(QStringLiteral("quantity"))),
                                 compact(position.value(QStringLiteral("price"))));
         const QJsonObject data = position.value(QStringLiteral("data")).toObject();
         for (auto ns = data.constBegin(); ns != data.constEnd(); ++ns) {
             const QJsonObject entries = ns.value().toObject();
             for (auto entry = entries.constBegin(); entry != entries.constEnd(); ++entry)
-                line += QStringLiteral("; %1.%2 = %3").arg(ns.key(), entry.key(), shortened(compact(entry.value()), 50));
+                line += QStringLiteral("; %1.%2 = %3").arg(shown(ns.key()), shown(entry.key()), shortened(compact(entry.value()), 50));
         }
         lines << line;
     }
@@ -135,8 +159,8 @@ QString ReportWriter::document(const QString &name, const QJsonObject &snapshot)
 QString ReportWriter::text(const Report &report)
 {
     QStringList lines;
-    lines << QStringLiteral("Scenario: %1").arg(report.scenario);
-    lines << QStringLiteral("Till: %1; plug-in: %2; service: %3").arg(report.dataFolder, report.plugin, report.service);
+    lines << QStringLiteral("Scenario: %1").arg(shown(report.scenario));
+    lines << QStringLiteral("Till: %1; plug-in: %2; service: %3").arg(shown(report.dataFolder), shown(report.plugin), shown(report.service));
     for (const ActionRecord &record : report.actions) {
         lines << progressLine(record, report.actionCount);
         const QString more = details(record);
@@ -152,7 +176,7 @@ QString ReportWriter::text(const Report &report)
     } else {
         lines << QStringLiteral("Result: FAILED, %1 failure(s):").arg(failures.size());
         for (const QString &failure : failures)
-            lines << QStringLiteral("  - %1").arg(failure);
+            lines << QStringLiteral("  - %1").arg(shown(failure));
     }
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }

@@ -9,6 +9,8 @@
 #include "till.h"
 #include "tillactions.h"
 
+#include "secrets/secretmask.h"
+
 #include <config.h>
 #include <currenttime.h>
 #include <documentsdao.h>
@@ -280,7 +282,7 @@ bool ScenarioRunner::run(const Options &options, Report *report, QString *error)
     report->file = m_file;
     report->dataFolder = m_folder.path();
     report->plugin = till.plugin().fileName();
-    report->service = Singleton<Config>::instance()->getString(QStringLiteral("Tessaro:url"));
+    report->service = SecretMask().url(QUrl(Singleton<Config>::instance()->getString(QStringLiteral("Tessaro:url"))));
     report->actionCount = count;
     report->actions = progress.records();
     const int system = till.cardType();

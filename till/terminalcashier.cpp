@@ -1,5 +1,7 @@
 #include "terminalcashier.h"
 
+#include "secrets/linesanitizer.h"
+
 #include <QTextStream>
 
 namespace till {
@@ -23,15 +25,16 @@ std::optional<QString> TerminalCashier::ask(const QString &prompt)
 
 void TerminalCashier::read(const tr::Tr &message, int kind)
 {
-    *m_out << (kind == 1 ? QStringLiteral("  ! ") : QStringLiteral("  i ")) << message.text() << QStringLiteral("  [")
-           << message.id() << QStringLiteral("]") << Qt::endl;
+    // A message may quote the service: escaped, it cannot drive the terminal or forge a line.
+    *m_out << (kind == 1 ? QStringLiteral("  ! ") : QStringLiteral("  i ")) << LineSanitizer::escaped(message.text())
+           << QStringLiteral("  [") << LineSanitizer::escaped(message.id()) << QStringLiteral("]") << Qt::endl;
 }
 
 int TerminalCashier::choose(const tr::Tr &title, const QStringList &items)
 {
-    *m_out << QStringLiteral("  ? ") << title.text() << Qt::endl;
+    *m_out << QStringLiteral("  ? ") << LineSanitizer::escaped(title.text()) << Qt::endl;
     for (int i = 0; i < items.size(); ++i)
-        *m_out << QStringLiteral("    %1. %2").arg(i + 1).arg(items.at(i)) << Qt::endl;
+        *m_out << QStringLiteral("    %1. %2").arg(i + 1).arg(LineSanitizer::escaped(items.at(i))) << Qt::endl;
     for (;;) {
         const std::optional<QString> answer = ask(QStringLiteral("    number (empty cancels): "));
         if (!answer || answer->trimmed().isEmpty())
@@ -46,7 +49,7 @@ int TerminalCashier::choose(const tr::Tr &title, const QStringList &items)
 
 std::optional<QVariantMap> TerminalCashier::fill(const FormRequest &form)
 {
-    *m_out << QStringLiteral("  ? ") << form.title().text() << QStringLiteral("  (\"-\" cancels)") << Qt::endl;
+    *m_out << QStringLiteral("  ? ") << LineSanitizer::escaped(form.title().text()) << QStringLiteral("  (\"-\" cancels)") << Qt::endl;
     QVariantMap texts;
     for (const FormRequest::Field &field : form.fields()) {
         QString hint = field.isDate ? field.format : field.pattern;

@@ -13,6 +13,8 @@
 #include "tillcheck.h"
 #include "tilldatafolder.h"
 
+#include "secrets/secretmask.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
@@ -213,7 +215,8 @@ int TillApplication::init(const QStringList &arguments)
         err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
         return CannotRun;
     }
-    out() << QStringLiteral("Created a till in %1 (service %2); its settings are in %3").arg(folder.path(), parser.value(url), folder.configFile())
+    out() << QStringLiteral("Created a till in %1 (service %2); its settings are in %3")
+                 .arg(folder.path(), SecretMask().url(QUrl(parser.value(url))), folder.configFile())
           << Qt::endl;
     return Passed;
 }

@@ -1,6 +1,6 @@
 #include "tilldatafolder.h"
 
-#include "jsonfile.h"
+#include "privatefile.h"
 #include "scenarioparser.h"
 
 #include <QDir>
@@ -152,8 +152,8 @@ bool TillDataFolder::create(const QString &serviceUrl, const QString &tokenUrl, 
     while (url.endsWith(QLatin1Char('/')))
         url.chop(1);
     // till.ini last: a folder whose creation was interrupted is not taken for a till.
-    return JsonFile::writeBytes(dictionariesFile(), defaultDictionaries, error)
-        && JsonFile::writeBytes(configFile(), defaultConfig(url, tokenUrl.isEmpty() ? url + QStringLiteral("/token") : tokenUrl), error);
+    return PrivateFile::write(dictionariesFile(), defaultDictionaries, error)
+        && PrivateFile::write(configFile(), defaultConfig(url, tokenUrl.isEmpty() ? url + QStringLiteral("/token") : tokenUrl), error);
 }
 
 std::optional<TillSettings> TillDataFolder::readSettings(QString *error) const
@@ -198,13 +198,13 @@ QString TillDataFolder::writeHostConfig(const QMap<QString, QString> &config, QS
 {
     const QString target = hostConfigFile();
     QDir().mkpath(QFileInfo(target).path());
-    QFile::remove(target);
-    if (!QFile::copy(configFile(), target)) {
+    QFile source(configFile());
+    if (!source.open(QIODevice::ReadOnly) || !PrivateFile::write(target, source.readAll(), nullptr)) {
         if (error)
             *error = QStringLiteral("cannot write %1").arg(target);
         return QString();
     }
-    QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner);
+    // QSettings rewrites the file keeping its mode.
     QSettings settings(target, QSettings::IniFormat);
     settings.setValue(QStringLiteral("Host/database"), databaseFile());
     settings.setValue(QStringLiteral("Host/documentsDir"), documentsDir());

@@ -40,6 +40,10 @@ private slots:
     void tokenFlowKeepsSecretsOutOfTheLog();
     void gatewayKeepsSecretsOutOfTheLog();
     void everyTokenOfTheTokenReplyKeepsOutOfTheLog();
+    void tokenWithLineBreaksAddsNoLogLine();
+    void escapedTokenKeyKeepsOutOfTheDebugLog();
+    void apiKeysInAddressesKeepOutOfTheLog();
+    void cardNumberKeepsItsLastFourInTheDebugLog();
 };
 
 void TestSecrets::initTestCase()
@@ -115,6 +119,76 @@ void TestSecrets::everyTokenOfTheTokenReplyKeepsOutOfTheLog()
     QVERIFY(log.contains(QStringLiteral("token_type")));
     QCOMPARE(linesWith(log, QStringLiteral("refresh-2c4e")), QStringList());
     QCOMPARE(linesWith(log, QStringLiteral("id-9b1f")), QStringList());
+}
+
+void TestSecrets::tokenWithLineBreaksAddsNoLogLine()
+{
+    ServiceTestBed bed;
+    bed.server().enqueue(Answer::json(200, R"({"access_token":"tok\r\nX-Evil: 1","token_type":"bearer"})"));
+    const LogCapture log;
+    tessaro::Interface client;
+
+    QCOMPARE(client.getToken().token(), QStringLiteral("tok\r\nX-Evil: 1"));
+
+    // Each message is one line of the till's log: none may hold a line break.
+    const QList<LogCapture::Message> messages = log.messages();
+    QVERIFY(!messages.isEmpty());
+    for (const LogCapture::Message &message : messages) {
+        QVERIFY2(!message.text.contains(QLatin1Char('\n')) && !message.text.contains(QLatin1Char('\r')),
+                 qPrintable(message.text.toHtmlEscaped()));
+    }
+    QVERIFY(log.texts(QStringLiteral("tessaro"), QtInfoMsg).contains(QStringLiteral("Получен токен: tok\\r\\nX-Evil: 1")));
+}
+
+void TestSecrets::escapedTokenKeyKeepsOutOfTheDebugLog()
+{
+    ServiceTestBed bed;
+    bed.server().enqueue(Answer::json(200, R"({"access\u005ftoken":"escaped-tok-31","token_type":"bearer"})"));
+    const LogCapture log;
+    tessaro::Interface client;
+
+    // Any JSON reader takes the escaped key for "access_token", the client too.
+    QCOMPARE(client.getToken().token(), QStringLiteral("escaped-tok-31"));
+
+    QVERIFY(log.contains(QStringLiteral("token_type")));
+    QCOMPARE(linesWith(log, QStringLiteral("escaped-tok-31")),
+             QStringList{QStringLiteral("tessaro: Получен токен: escaped-tok-31")});
+}
+
+void TestSecrets::apiKeysInAddressesKeepOutOfTheLog()
+{
+    ServiceTestBed bed({{QStringLiteral("Tessaro:url"), QStringLiteral("{server}/api?apikey=svc-41&key=svc-42")},
+                        {QStringLiteral("Tessaro:tokenUrl"), QStringLiteral("{server}/oauth/token?api_key=tok-43")}});
+    bed.server().enqueue(ServiceTestBed::tokenAnswer(fetchedToken));
+    bed.server().enqueue(Answer::json(200, R"({"cartUuid":"c-1"})"));
+    const LogCapture log;
+    tessaro::Interface client;
+
+    QVERIFY(client.send(client.getUrl(tessaro::Interface::CartCreate, QString()), {}, client.getHeaders(QString())).success());
+
+    const QList<Request> requests = bed.server().requests();
+    QCOMPARE(requests.size(), 2);
+    QVERIFY(requests.at(0).body.contains("api_key=tok-43"));
+    QVERIFY(log.contains(QStringLiteral("apikey=***&key=***")));
+    for (const QString &key : {QStringLiteral("svc-41"), QStringLiteral("svc-42"), QStringLiteral("tok-43")})
+        QCOMPARE(linesWith(log, key), QStringList());
+}
+
+void TestSecrets::cardNumberKeepsItsLastFourInTheDebugLog()
+{
+    ServiceTestBed bed;
+    bed.server().enqueue(Answer::json(200, R"({"status":"OK","customer":{"cardBarcode":"4601234567"}})"));
+    const LogCapture log;
+    tessaro::Interface client;
+    client.setToken(configuredToken);
+
+    client.addCustomer(QStringLiteral("c-1"), QStringLiteral("4601234567"));
+
+    QCOMPARE(ServiceTestBed::jsonBody(bed.server().requests().at(0)).value(QStringLiteral("cardBarcode")).toString(),
+             QStringLiteral("4601234567"));
+    const QStringList debug = log.texts(QStringLiteral("tessaro"), QtDebugMsg);
+    QCOMPARE(debug.filter(QStringLiteral("\"cardBarcode\":\"******4567\"")).size(), 2);
+    QCOMPARE(debug.filter(QStringLiteral("4601234567")), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestSecrets)

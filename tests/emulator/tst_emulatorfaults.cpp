@@ -61,6 +61,8 @@ private slots:
     void adminFaults();
     void adminRefusesUnknownFaultKind();
     void adminRequests();
+    void adminRequestsHideSecretsUnlessTold_data();
+    void adminRequestsHideSecretsUnlessTold();
     void adminClockStateShiftsTokens();
 
 private:
@@ -407,6 +409,43 @@ void TestEmulatorFaults::adminRequests()
     QCOMPARE(client.send("DELETE", m_session->rootUrl(QStringLiteral("/_emulator/requests")), {}, {}).status, 200L);
     QCOMPARE(client.get(m_session->rootUrl(QStringLiteral("/_emulator/requests"))).array(), QJsonArray());
     QCOMPARE(m_emulator->journal().size(), 0);
+}
+
+void TestEmulatorFaults::adminRequestsHideSecretsUnlessTold_data()
+{
+    QTest::addColumn<bool>("shown");
+    QTest::newRow("by default") << false;
+    QTest::newRow("told to show them") << true;
+}
+
+void TestEmulatorFaults::adminRequestsHideSecretsUnlessTold()
+{
+    QFETCH(bool, shown);
+    m_session.reset();
+    m_emulator.reset();
+    EmulatorSettings settings;
+    settings.basePath = QStringLiteral("/api");
+    settings.showSecretsInJournal = shown;
+    m_emulator = std::make_unique<Emulator>(settings);
+    QVERIFY(m_emulator->startInThread() != 0);
+    m_session = std::make_unique<ServiceSession>(*m_emulator);
+    const QString token = m_session->fetchToken();
+    QVERIFY(!token.isEmpty());
+    QCOMPARE(m_session->post(QStringLiteral("/cart/create"), till, {"X-Api-Key: api-key-5e"}).status, 200L);
+
+    const CurlResult journal = m_session->client().get(m_session->rootUrl(QStringLiteral("/_emulator/requests")));
+    QCOMPARE(journal.array().size(), 2);
+    const QByteArrayList secrets{token.toUtf8(), "dGlsbDpzZWNyZXQ=", "api-key-5e"};
+    for (const QByteArray &secret : secrets)
+        QVERIFY2(journal.body.contains(secret) == shown, secret.constData());
+    if (!shown) {
+        const QJsonObject headers = journal.array().at(1)[QStringLiteral("headers")].toObject();
+        QCOMPARE(headers.value(QStringLiteral("Authorization")).toString(), QStringLiteral("Bearer <%1 chars>").arg(token.size()));
+        QCOMPARE(headers.value(QStringLiteral("X-Api-Key")).toString(), QStringLiteral("<10 chars>"));
+        QCOMPARE(journal.array().at(0)[QStringLiteral("headers")][QStringLiteral("Authorization")].toString(), QStringLiteral("Basic <16 chars>"));
+    }
+    // The emulator's own callers (tests, the till's simulation) still see every request as it came.
+    QCOMPARE(m_emulator->journal().entries().at(1).exchange.header("authorization"), "Bearer " + token.toUtf8());
 }
 
 void TestEmulatorFaults::adminClockStateShiftsTokens()

@@ -100,6 +100,7 @@ private slots:
     void httpsRefusesUnverifiedPeer();
     void oneInfoLinePerExchange();
     void secretsNeverReachLog();
+    void answerKeepsToItsLogLines();
     void noLoggerLogsNothing();
     void clientsInSeveralThreads();
 
@@ -730,6 +731,24 @@ void TestRestClient::secretsNeverReachLog()
     QVERIFY(log.contains(QStringLiteral("visible-value")));
     QVERIFY(log.contains(QStringLiteral("grant_type=client_credentials")));
     QVERIFY(log.contains(QStringLiteral("realm=r")));
+}
+
+void TestRestClient::answerKeepsToItsLogLines()
+{
+    const Log4Qt::Logger logger(loggerName);
+    m_client->setLogger(&logger);
+    m_server->enqueue(Answer::reply(502, "bad gateway\r\nX-Evil: 1\n\x1b[2J"));
+    const LogCapture log;
+
+    QVERIFY(!m_client->get(m_server->url(QStringLiteral("/status")), {}, {}));
+
+    // One message is one line of the log: no value may break it or drive a terminal.
+    QVERIFY(log.contains(QStringLiteral("bad gateway\\r\\nX-Evil: 1\\n\\x1b[2J")));
+    for (const LogCapture::Message &message : log.messages()) {
+        QVERIFY2(!message.text.contains(QLatin1Char('\n')) && !message.text.contains(QLatin1Char('\r'))
+                     && !message.text.contains(QChar(0x1b)),
+                 qPrintable(message.text.toHtmlEscaped()));
+    }
 }
 
 void TestRestClient::noLoggerLogsNothing()

@@ -6,6 +6,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/stat.h>
+
 using namespace till;
 
 class TestReportWriter : public QObject
@@ -18,6 +20,7 @@ private slots:
     void recordsSurviveJson();
     void textEndsWithTheVerdict();
     void writesJson();
+    void showsNoSecretAndKeepsToItsLines();
 
 private:
     static ActionRecord closeRecord();
@@ -122,6 +125,52 @@ void TestReportWriter::writesJson()
     QCOMPARE(json.value(QStringLiteral("actions")).toArray().first()[QStringLiteral("requests")][0][QStringLiteral("request")][QStringLiteral("a")].toInt(), 1);
     QVERIFY(!ReportWriter::writeJson(report, dir.filePath(QStringLiteral("missing/report.json")), &error));
     QVERIFY(error.startsWith(QStringLiteral("cannot write ")));
+}
+
+void TestReportWriter::showsNoSecretAndKeepsToItsLines()
+{
+    ActionRecord record = closeRecord();
+    record.dialogs << DialogRecord{QStringLiteral("error"), QStringLiteral("tessaroError"), QStringLiteral("Ошибка\x1b[2J\r\nX-Evil: 1"),
+                                   {}, QJsonValue::Undefined};
+    RequestRecord token;
+    token.method = QStringLiteral("POST");
+    token.url = QStringLiteral("http://till:url-pw-71@h/token?client_secret=qs-72");
+    token.path = QStringLiteral("/token");
+    token.httpCode = 200;
+    token.requestBody = QStringLiteral("grant_type=client_credentials&client_secret=qs-72");
+    token.responseBody = QJsonObject{{QStringLiteral("access_token"), QStringLiteral("acc-73")},
+                                     {QStringLiteral("refresh_token"), QStringLiteral("ref-74")},
+                                     {QStringLiteral("token_type"), QStringLiteral("bearer")}};
+    record.requests << token;
+    Report report;
+    report.scenario = QStringLiteral("Return");
+    report.service = QStringLiteral("http://till:url-pw-71@h/api");
+    report.actions << record;
+    report.documents.insert(QStringLiteral("r1"), QJsonDocument::fromJson(R"({"id": "d1", "type": 2, "closed": false,
+        "pluginData": {"token": "acc-73", "answer": {"refresh_token": "ref-74", "Key4": "000123"}}})").object());
+
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("report.json"));
+    QString error;
+    const mode_t previous = ::umask(022);
+    QVERIFY(ReportWriter::writeJson(report, file, &error));
+    ::umask(previous);
+    QFile written(file);
+    QVERIFY(written.open(QIODevice::ReadOnly));
+    const QByteArray json = written.readAll();
+    const QString text = ReportWriter::text(report);
+
+    for (const char *secret : {"url-pw-71", "qs-72", "acc-73", "ref-74"}) {
+        QVERIFY2(!json.contains(secret), secret);
+        QVERIFY2(!text.contains(QLatin1String(secret)), secret);
+    }
+    QVERIFY(json.contains("000123"));
+    QVERIFY(text.contains(QStringLiteral("service: http://till:***@h/api\n")));
+    QVERIFY(text.contains(QStringLiteral("\"Ошибка\\x1b[2J\\r\\nX-Evil: 1\"")));
+    QVERIFY(!text.contains(QChar(0x1b)) && !text.contains(QLatin1Char('\r')) && !text.contains(QStringLiteral("\nX-Evil")));
+    const QFileDevice::Permissions others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ExeGroup
+                                            | QFileDevice::ReadOther | QFileDevice::WriteOther | QFileDevice::ExeOther;
+    QCOMPARE(written.permissions() & others, QFileDevice::Permissions());
 }
 
 QTEST_GUILESS_MAIN(TestReportWriter)

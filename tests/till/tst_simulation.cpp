@@ -1,4 +1,5 @@
 #include "faultplanner.h"
+#include "invariantchecker.h"
 #include "killedtillrun.h"
 #include "logwatch.h"
 #include "messagetable.h"
@@ -7,6 +8,7 @@
 #include "sessionrunner.h"
 #include "sessionshrinker.h"
 
+#include <emulator/emulator.h>
 #include <log4qt/logger.h>
 
 #include <QJsonDocument>
@@ -31,6 +33,7 @@ private slots:
     void messageTable();
     void shrinkerKeepsWhatFails();
     void logWatchSeesDebugLines();
+    void leakedSecretIsNamedButNotShown();
     void foreignMessageIsFoundShrunkAndReplayed();
     void killWaitsForTheHeldAdviceNote();
 };
@@ -166,6 +169,23 @@ void TestSimulation::logWatchSeesDebugLines()
     QCOMPARE(lines.size(), 2);
     QVERIFY(lines.first().endsWith(QStringLiteral("Authorization: Bearer 0123")));
     QVERIFY(watch.take().isEmpty());
+}
+
+void TestSimulation::leakedSecretIsNamedButNotShown()
+{
+    tessaro::emulator::Emulator emulator;
+    InvariantChecker checker(&emulator, 5000, {QStringLiteral("gate-secret-61")});
+    ScenarioAction action;
+    action.type = ScenarioAction::Input;
+    ActionRecord record;
+    record.title = QStringLiteral("input");
+
+    checker.afterStep(action, record, nullptr, 0, {QStringLiteral("tessaro: signed with gate-secret-61 today")});
+
+    // The violation goes to the terminal and into files: it says where, not what.
+    QCOMPARE(checker.violations().size(), 1);
+    QCOMPARE(checker.violations().first().invariant, QStringLiteral("no-secrets-in-log"));
+    QCOMPARE(checker.violations().first().detail, QStringLiteral("input: a log line shows a secret: tessaro: signed with *** today"));
 }
 
 void TestSimulation::foreignMessageIsFoundShrunkAndReplayed()

@@ -46,6 +46,7 @@ class TestTerminalCashier : public QObject
 private slots:
     void formChecksAsTheQmlForm_data();
     void formChecksAsTheQmlForm();
+    void messagesKeepToTheirLines();
 };
 
 void TestTerminalCashier::formChecksAsTheQmlForm_data()
@@ -82,6 +83,25 @@ void TestTerminalCashier::formChecksAsTheQmlForm()
         QVERIFY(answer);
         QCOMPARE(answer->value(field).toString(), text);
     }
+}
+
+void TestTerminalCashier::messagesKeepToTheirLines()
+{
+    QString input = QStringLiteral("1\n");
+    QString output;
+    QTextStream in(&input);
+    QTextStream out(&output);
+    till::TerminalCashier cashier(&in, &out);
+
+    // A service's error text that would clear the screen and forge a line of its own.
+    cashier.read(tr::Tr(QStringLiteral("tessaroError"), QStringLiteral("\x1b[2JОшибка\r\n  i Готово")), 1);
+    QCOMPARE(cashier.choose(tr::Tr(QStringLiteral("t"), QStringLiteral("Причина\x1b[31m")), {QStringLiteral("Брак\nДа")}), 0);
+    out.flush();
+
+    QCOMPARE(output, QStringLiteral("  ! \\x1b[2JОшибка\\r\\n  i Готово  [tessaroError]\n"
+                                    "  ? Причина\\x1b[31m\n"
+                                    "    1. Брак\\nДа\n"
+                                    "    number (empty cancels): "));
 }
 
 QTEST_GUILESS_MAIN(TestTerminalCashier)

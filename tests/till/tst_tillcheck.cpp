@@ -2,6 +2,7 @@
 
 #include <emulator/emulator.h>
 #include <support/folderstate.h>
+#include <support/scriptedhttpserver.h>
 
 #include <QEventLoop>
 #include <QFile>
@@ -50,6 +51,9 @@ private slots:
     void changesNothingAndAsksOnlyToRead();
     void wrongCommandLineIsRefused();
     void pluginWithoutItsCheckIsNamed();
+    void serviceErrorTextReachesTheTerminalEscaped();
+    void apiKeysInAddressesAreMasked_data();
+    void apiKeysInAddressesAreMasked();
 
 private:
     struct Result
@@ -521,6 +525,49 @@ void TestTillCheck::pluginWithoutItsCheckIsNamed()
     QCOMPARE(result.exitCode, 2);
     QVERIFY2(line(result.out, QStringLiteral("failure"), QStringLiteral("plug-in")).contains(QStringLiteral("no plug-in libtessaroback.so")),
              findings(result.out).constData());
+}
+
+void TestTillCheck::serviceErrorTextReachesTheTerminalEscaped()
+{
+    startEmulator(EmulatorSettings::AuthMode::Token);
+    ScriptedHttpServer tokens;
+    QVERIFY(tokens.start());
+    // An error text that would clear the screen and forge a line of the verdict.
+    tokens.setDefaultAnswer(ScriptedHttpServer::Answer::json(401, R"({"error":"\u001b[2J\u001b[1;32mall ok\r\nok  token endpoint"})"));
+    makeTill({{QStringLiteral("Tessaro/tokenUrl"), tokens.url(QStringLiteral("/oauth/token")).toString()}});
+
+    const Result result = checkTill();
+
+    QCOMPARE(result.exitCode, 2);
+    QVERIFY2(!result.out.contains(QChar(0x1b)) && !result.out.contains(QLatin1Char('\r')), qPrintable(result.out.toHtmlEscaped()));
+    QVERIFY2(line(result.out, QStringLiteral("failure"), QStringLiteral("token endpoint"))
+                 .contains(QStringLiteral(R"(HTTP 401 ("\x1b[2J\x1b[1;32mall ok\r\nok  token endpoint"))")),
+             findings(result.out).constData());
+    QVERIFY(line(result.out, QStringLiteral("ok"), QStringLiteral("token endpoint")).isEmpty());
+}
+
+void TestTillCheck::apiKeysInAddressesAreMasked_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("text") << QStringList();
+    QTest::newRow("json") << QStringList{QStringLiteral("--json")};
+}
+
+void TestTillCheck::apiKeysInAddressesAreMasked()
+{
+    QFETCH(QStringList, arguments);
+    startEmulator(EmulatorSettings::AuthMode::Token);
+    makeTill({{QStringLiteral("Tessaro/url"), m_emulator->baseUrl().toString() + QStringLiteral("?apikey=ak-81&key=k-82")},
+              {QStringLiteral("Tessaro/tokenUrl"), m_emulator->tokenUrl().toString() + QStringLiteral("?api_key=tk-83")}});
+
+    const Result result = checkTill(arguments);
+
+    QVERIFY2(result.out.contains(QStringLiteral("?apikey=***&key=***")), findings(result.out).constData());
+    for (const QString &key : {QStringLiteral("ak-81"), QStringLiteral("k-82"), QStringLiteral("tk-83")}) {
+        QVERIFY2(!result.out.contains(key), qPrintable(key));
+        QVERIFY2(!result.err.contains(key), qPrintable(key));
+    }
+    verifyNoSecret(result);
 }
 
 QTEST_GUILESS_MAIN(TestTillCheck)

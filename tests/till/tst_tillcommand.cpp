@@ -1,6 +1,7 @@
 #include <support/folderstate.h>
 #include <support/scriptedhttpserver.h>
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -9,6 +10,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <sys/stat.h>
 
 /// tessaro-till as a program: its commands, exit codes, files, and a till
 /// killed in the middle of a scenario.
@@ -25,6 +28,7 @@ private slots:
     void badScenarioChangesNothing();
     void runNeedsATill();
     void runReportsAndSaysByItsExitCode();
+    void runKeepsSecretsOutOfItsOutputAndFiles();
     void killedTillContinuesWhereItStopped();
     void restartReplacesTheProcess();
     void shellTakesCommandsAndAnswers();
@@ -186,6 +190,48 @@ void TestTillCommand::runReportsAndSaysByItsExitCode()
     result = till({QStringLiteral("run"), QStringLiteral("--data"), m_data, QStringLiteral("--plugins"), QStringLiteral(TILL_FAKE_PLUGIN_DIR), writeScenario(json)});
     QCOMPARE(result.exitCode, 1);
     QVERIFY2(result.out.contains(QStringLiteral("  - paymentTotals.1: expected 11, found 20\n")), qPrintable(result.out));
+}
+
+void TestTillCommand::runKeepsSecretsOutOfItsOutputAndFiles()
+{
+    QUrl service = m_server->url(QStringLiteral("/"));
+    service.setUserName(QStringLiteral("till"));
+    service.setPassword(QStringLiteral("url-pw-71"));
+    // The plug-in keeps the answer on the document: it lands in the report's documents and requests.
+    m_server->setDefaultAnswer(ScriptedHttpServer::Answer::json(200, R"({"status":"ok","access_token":"acc-73","refresh_token":"ref-74"})"));
+    const QString report = m_dir->filePath(QStringLiteral("report.json"));
+    // The usual mask, which leaves new files readable by everyone; the till inherits it.
+    const mode_t previous = ::umask(022);
+    const Result created = till({QStringLiteral("init"), QStringLiteral("--data"), m_data, QStringLiteral("--service-url"), service.toString()});
+    const Result result = till({QStringLiteral("run"), QStringLiteral("--data"), m_data, QStringLiteral("--plugins"), QStringLiteral(TILL_FAKE_PLUGIN_DIR),
+                                QStringLiteral("--report"), report, writeScenario(returnScenario)});
+    ::umask(previous);
+    QCOMPARE(created.exitCode, 0);
+    QVERIFY2(result.exitCode == 0, qPrintable(result.out + result.err));
+    QCOMPARE(m_server->requests().first().header("Authorization"), "Basic " + QByteArray("till:url-pw-71").toBase64());
+    QVERIFY(result.out.contains(QStringLiteral("service: http://till@127.0.0.1:")));
+
+    QStringList files{report, m_data + QStringLiteral("/till.ini"), m_data + QStringLiteral("/run/host.ini")};
+    const QDir progress(m_data + QStringLiteral("/progress"));
+    for (const QString &name : progress.entryList(QDir::Files))
+        files << progress.filePath(name);
+    QCOMPARE(files.size(), 4);
+    const QFileDevice::Permissions others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ExeGroup
+                                            | QFileDevice::ReadOther | QFileDevice::WriteOther | QFileDevice::ExeOther;
+    for (const QString &file : std::as_const(files))
+        QVERIFY2((QFileInfo(file).permissions() & others) == 0, qPrintable(file));
+
+    // The settings hold the password by necessity; the report, the progress and the terminal do not.
+    QByteArrayList shown{created.out.toUtf8(), created.err.toUtf8(), result.out.toUtf8(), result.err.toUtf8()};
+    for (const QString &file : files.mid(0, 1) + files.mid(3)) {
+        QFile read(file);
+        QVERIFY(read.open(QIODevice::ReadOnly));
+        shown << read.readAll();
+    }
+    for (const QByteArray &bytes : std::as_const(shown)) {
+        for (const char *secret : {"url-pw-71", "acc-73", "ref-74"})
+            QVERIFY2(!bytes.contains(secret), secret);
+    }
 }
 
 void TestTillCommand::killedTillContinuesWhereItStopped()

@@ -3,8 +3,11 @@
 #include <config.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <sys/stat.h>
 
 using namespace till;
 
@@ -19,6 +22,7 @@ private slots:
     void namesWhatIsMissing();
     void reportsABrokenDictionary();
     void hostConfigurationTakesScenarioSettings();
+    void filesWithSecretsAreTheOwnersAlone();
 };
 
 void TestTillDataFolder::createsADefaultTill()
@@ -110,6 +114,27 @@ void TestTillDataFolder::hostConfigurationTakesScenarioSettings()
     QCOMPARE(config.getIntList(QStringLiteral("Tessaro.ForbiddenMixedValuts:1,4")), QList<int>{2});
     // The till's own file stays as it was.
     QCOMPARE(folder.serviceUrl(), QStringLiteral("http://a"));
+}
+
+void TestTillDataFolder::filesWithSecretsAreTheOwnersAlone()
+{
+    // The usual mask, which leaves new files readable by everyone.
+    const mode_t previous = ::umask(022);
+    QTemporaryDir dir;
+    const TillDataFolder folder(dir.path());
+    QString error;
+    QVERIFY(folder.create(QStringLiteral("http://a"), QString(), &error));
+    const QString hostConfig = folder.writeHostConfig({{QStringLiteral("Tessaro:authorizationHeader"), QStringLiteral("Basic c2VjcmV0")}}, &error);
+    ::umask(previous);
+
+    const QFileDevice::Permissions others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ExeGroup
+                                            | QFileDevice::ReadOther | QFileDevice::WriteOther | QFileDevice::ExeOther;
+    for (const QString &file : {folder.configFile(), hostConfig}) {
+        const QFileDevice::Permissions permissions = QFileInfo(file).permissions();
+        QVERIFY2((permissions & others) == 0, qPrintable(file));
+        QVERIFY(permissions.testFlags(QFileDevice::ReadOwner | QFileDevice::WriteOwner));
+    }
+    QCOMPARE(Config(hostConfig).getString(QStringLiteral("Tessaro:authorizationHeader")), QStringLiteral("Basic c2VjcmV0"));
 }
 
 QTEST_GUILESS_MAIN(TestTillDataFolder)

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace till {
+
+/// A file that may hold secrets: a till's settings (the token endpoint's
+/// credentials), the host's configuration, reports and progress files.
+/// A new one is created readable and writable by its owner alone; one that
+/// exists keeps its mode. Writing replaces the file only once the new
+/// content is complete, so a till stopped while writing keeps the last good
+/// copy.
+class PrivateFile
+{
+public:
+    static bool write(const QString &path, const QByteArray &content, QString *error);
+};
+
+} // namespace till
