@@ -2,6 +2,7 @@
 
 #include "checkplugin.h"
 #include "client/checkclient.h"
+#include "pluginversion.h"
 
 #include <basicexception.h>
 #include <config.h>
@@ -148,7 +149,8 @@ QJsonObject InstallationCheck::run() const
         client.boundTimeout(m_options.value(QStringLiteral("boundSeconds")).toInt(10));
     const QJsonObject fetched = token(client);
     const bool tokenMissing = client.usesTokenAuth() && !fetched.value(QStringLiteral("ok")).toBool();
-    return {{QStringLiteral("settings"), settings(client)},
+    return {{QStringLiteral("version"), pluginVersion()},
+            {QStringLiteral("settings"), settings(client)},
             {QStringLiteral("sections"), sections(client)},
             {QStringLiteral("token"), fetched},
             {QStringLiteral("signing"), signing(client)},

@@ -2,6 +2,7 @@
 
 #include <emulator/emulator.h>
 #include <support/folderstate.h>
+#include <tessaroversion.h>
 
 #include <QEventLoop>
 #include <QFile>
@@ -215,6 +216,9 @@ void TestTillCheck::correctTillPasses()
     QVERIFY2(result.out.contains(QStringLiteral(" 0 warnings, 0 failures")), findings(result.out).constData());
     QVERIFY(!line(result.out, QStringLiteral("ok"), QStringLiteral("service request")).isEmpty());
     QVERIFY(!line(result.out, QStringLiteral("ok"), QStringLiteral("clock offset")).isEmpty());
+    QVERIFY2(line(result.out, QStringLiteral("ok"), QStringLiteral("versions"))
+                 .endsWith(QStringLiteral("tessaro-till " TESSARO_VERSION ", plug-in TessaroBack " TESSARO_VERSION)),
+             qPrintable(result.out));
     if (gateway) {
         QVERIFY(line(result.out, QStringLiteral("ok"), QStringLiteral("gateway signature")).contains(QStringLiteral("accepted")));
     } else {
@@ -407,6 +411,10 @@ void TestTillCheck::jsonSaysTheSameForMonitoring()
     QVERIFY2(named, findings(result.out).constData());
     const QJsonArray settings = json.value(QStringLiteral("configuration")).toObject().value(QStringLiteral("settings")).toArray();
     QVERIFY(!settings.isEmpty());
+    const QJsonObject versions = json.value(QStringLiteral("versions")).toObject();
+    QCOMPARE(versions.value(QStringLiteral("tool")).toString(), QStringLiteral(TESSARO_VERSION));
+    QCOMPARE(versions.value(QStringLiteral("plugin")).toString(), QStringLiteral(TESSARO_VERSION));
+    QCOMPARE(json.value(QStringLiteral("plugin")).toString(), QStringLiteral(TILL_PLUGIN_DIR "/libtessaroback.so"));
     verifyNoSecret(result);
 }
 

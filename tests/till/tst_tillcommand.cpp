@@ -1,5 +1,6 @@
 #include <support/folderstate.h>
 #include <support/scriptedhttpserver.h>
+#include <tessaroversion.h>
 
 #include <QFile>
 #include <QJsonArray>
@@ -27,6 +28,7 @@ private slots:
     void killedTillContinuesWhereItStopped();
     void restartReplacesTheProcess();
     void shellTakesCommandsAndAnswers();
+    void versionNamesToolAndPlugin();
 
 private:
     struct Result
@@ -260,6 +262,24 @@ void TestTillCommand::shellTakesCommandsAndAnswers()
     QVERIFY(result.out.contains(QStringLiteral("position 1: 100 ×2 at 5; tessaro.backReason = 2")));
     QVERIFY(result.out.contains(QStringLiteral("close → 2  (1 request(s))")));
     QCOMPARE(m_server->requestCount(), 1);
+}
+
+void TestTillCommand::versionNamesToolAndPlugin()
+{
+    const QString tool = QStringLiteral("tessaro-till " TESSARO_VERSION "\n");
+    Result result = till({QStringLiteral("--version"), QStringLiteral("--plugins"), QStringLiteral(TILL_PLUGIN_DIR)});
+    QCOMPARE(result.exitCode, 0);
+    const QString plugin = QStringLiteral(TILL_PLUGIN_DIR "/libtessaroback.so");
+    const QString fromMetadata = TESSARO_VERSION_IN_METADATA ? QStringLiteral("TessaroBack " TESSARO_VERSION)
+                                                             : QStringLiteral("no version in its metadata");
+    QCOMPARE(result.out, tool + QStringLiteral("plug-in %1: %2\n").arg(plugin, fromMetadata));
+    // The metadata is read without loading: a plug-in without a version is named as such.
+    result = till({QStringLiteral("--version"), QStringLiteral("--plugins"), QStringLiteral(TILL_FAKE_PLUGIN_DIR)});
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.out, tool + QStringLiteral("plug-in %1/libtessaroback.so: no version in its metadata\n").arg(QStringLiteral(TILL_FAKE_PLUGIN_DIR)));
+    result = till({QStringLiteral("--version"), QStringLiteral("--plugins"), m_dir->path()});
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.out, tool + QStringLiteral("plug-in: no libtessaroback.so in %1\n").arg(m_dir->path()));
 }
 
 QTEST_GUILESS_MAIN(TestTillCommand)
