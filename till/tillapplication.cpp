@@ -432,7 +432,8 @@ int TillApplication::version(const QStringList &arguments)
         return parsed;
     out() << QStringLiteral("tessaro-till " TESSARO_VERSION) << Qt::endl;
     const QString folder = parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder();
-    const QString file = QDir(folder).filePath(PluginHost::libraryName());
+    // QPluginLoader looks a relative name up in the library paths, not here.
+    const QString file = QFileInfo(QDir(folder).filePath(PluginHost::libraryName())).absoluteFilePath();
     if (!QFileInfo::exists(file)) {
         out() << QStringLiteral("plug-in: no %1 in %2").arg(PluginHost::libraryName(), folder) << Qt::endl;
         return Passed;

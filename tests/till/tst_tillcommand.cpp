@@ -2,6 +2,7 @@
 #include <support/scriptedhttpserver.h>
 #include <tessaroversion.h>
 
+#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -272,6 +273,9 @@ void TestTillCommand::versionNamesToolAndPlugin()
     const QString plugin = QStringLiteral(TILL_PLUGIN_DIR "/libtessaroback.so");
     const QString fromMetadata = TESSARO_VERSION_IN_METADATA ? QStringLiteral("TessaroBack " TESSARO_VERSION)
                                                              : QStringLiteral("no version in its metadata");
+    QCOMPARE(result.out, tool + QStringLiteral("plug-in %1: %2\n").arg(plugin, fromMetadata));
+    // A folder named relative to the working directory reads the same file.
+    result = till({QStringLiteral("--version"), QStringLiteral("--plugins"), QDir::current().relativeFilePath(QStringLiteral(TILL_PLUGIN_DIR))});
     QCOMPARE(result.out, tool + QStringLiteral("plug-in %1: %2\n").arg(plugin, fromMetadata));
     // The metadata is read without loading: a plug-in without a version is named as such.
     result = till({QStringLiteral("--version"), QStringLiteral("--plugins"), QStringLiteral(TILL_FAKE_PLUGIN_DIR)});
