@@ -21,6 +21,27 @@
 
 namespace till {
 
+namespace {
+
+/// The position or payment in \a object, the JSON ShellFields made of the
+/// command's words, read as a scenario's; nothing, after saying why, when
+/// the words named no field (\a wordError) or the parser refuses a value.
+template <typename Spec>
+std::optional<Spec> readSpec(const QString &command, const std::optional<QJsonObject> &object, const QString &wordError,
+                             std::optional<Spec> (ScenarioParser::*parse)(const QJsonObject &), QTextStream *out)
+{
+    ScenarioParser parser;
+    std::optional<Spec> spec = object ? (parser.*parse)(*object) : std::nullopt;
+    if (!spec) {
+        const ScenarioError error = parser.error();
+        const QString why = !object ? wordError : error.path.isEmpty() ? error.message : error.path + QStringLiteral(": ") + error.message;
+        *out << command << QStringLiteral(": ") << why << Qt::endl;
+    }
+    return spec;
+}
+
+} // namespace
+
 ShellSession::ShellSession(const TillDataFolder &folder, QTextStream *in, QTextStream *out)
     : m_folder(folder)
     , m_in(in)
@@ -161,7 +182,9 @@ bool ShellSession::execute(const QString &line, Till *till, TillActions *actions
             modifier = value;
             ++next;
         }
-        const std::optional<PositionSpec> position = readPosition(argument(1), words.mid(next));
+        QString error;
+        const std::optional<PositionSpec> position = readSpec(QStringLiteral("add"), ShellFields::position(argument(1), words.mid(next), &error),
+                                                              error, &ScenarioParser::parsePosition, m_out);
         ok = position.has_value();
         if (ok)
             result = actions->add(*position, modifiers[0], modifiers[1]);
@@ -172,7 +195,9 @@ bool ShellSession::execute(const QString &line, Till *till, TillActions *actions
         else
             usage(QStringLiteral("reason [POSITION]"));
     } else if (command == QLatin1String("pay") && words.size() >= 3) {
-        const std::optional<PaymentSpec> payment = readPayment(argument(1), argument(2), words.mid(3));
+        QString error;
+        const std::optional<PaymentSpec> payment = readSpec(QStringLiteral("pay"), ShellFields::payment(argument(1), argument(2), words.mid(3), &error),
+                                                            error, &ScenarioParser::parsePayment, m_out);
         ok = payment.has_value();
         if (ok)
             result = actions->pay(*payment);
@@ -201,37 +226,6 @@ bool ShellSession::execute(const QString &line, Till *till, TillActions *actions
     if (closed)
         showReturnInvoice(*closed, till->cardType());
     return true;
-}
-
-std::optional<PositionSpec> ShellSession::readPosition(const QString &code, const QStringList &fields) const
-{
-    QString error;
-    const std::optional<QJsonObject> object = ShellFields::position(code, fields, &error);
-    ScenarioParser parser;
-    std::optional<PositionSpec> position = object ? parser.parsePosition(*object) : std::nullopt;
-    if (object && !position)
-        error = fieldError(parser.error());
-    if (!position)
-        *m_out << QStringLiteral("add: ") << error << Qt::endl;
-    return position;
-}
-
-std::optional<PaymentSpec> ShellSession::readPayment(const QString &code, const QString &amount, const QStringList &fields) const
-{
-    QString error;
-    const std::optional<QJsonObject> object = ShellFields::payment(code, amount, fields, &error);
-    ScenarioParser parser;
-    std::optional<PaymentSpec> payment = object ? parser.parsePayment(*object) : std::nullopt;
-    if (object && !payment)
-        error = fieldError(parser.error());
-    if (!payment)
-        *m_out << QStringLiteral("pay: ") << error << Qt::endl;
-    return payment;
-}
-
-QString ShellSession::fieldError(const ScenarioError &error)
-{
-    return error.path.isEmpty() ? error.message : error.path + QStringLiteral(": ") + error.message;
 }
 
 void ShellSession::showReturnInvoice(const AbstractDocument &document, int cardType) const

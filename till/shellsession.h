@@ -1,16 +1,10 @@
 #pragma once
 
-#include "scenario.h"
-#include "scenarioerror.h"
 #include "tilldatafolder.h"
 
 #include <QString>
-#include <QStringList>
-
-#include <optional>
 
 class AbstractDocument;
-
 class QTextStream;
 
 namespace till {
@@ -36,11 +30,6 @@ private:
     /// Runs one command line; false for "quit".
     bool execute(const QString &line, Till *till, TillActions *actions, ActionLog *log);
     void newDocument(int type, const QString &saleIdentifier, Till *till, TillActions *actions);
-    /// The position or payment that the command's words describe, read as a
-    /// scenario's; nothing, after saying why, when a field is unknown or wrong.
-    std::optional<PositionSpec> readPosition(const QString &code, const QStringList &fields) const;
-    std::optional<PaymentSpec> readPayment(const QString &code, const QString &amount, const QStringList &fields) const;
-    static QString fieldError(const ScenarioError &error);
     /// The return invoice number the service assigned to \a document, once it has one.
     void showReturnInvoice(const AbstractDocument &document, int cardType) const;
 
