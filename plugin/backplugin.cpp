@@ -6,6 +6,7 @@
 #include "backplugindetail.h"
 #include "client/interface.h"
 #include "hostsdk/hostadapter.h"
+#include "pluginversion.h"
 #include "returns/backview.h"
 
 #include <actionhandler.h>
@@ -90,6 +91,8 @@ EContext::Result BackPlugin::guarded(Hook hook, const control::Action &action)
 
 void BackPlugin::init()
 {
+    // Which plug-in a till runs, in the host's log.
+    logger->info(pluginVersionLine());
     interface = QSharedPointer<Interface>::create();
     interface->setLogger(logger);
 

@@ -58,7 +58,8 @@ class Interface;
 class BackPlugin : public QObject, public BasicLoyaltySystem
 {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "TessaroBack")
+    // The file is generated: empty unless the build puts the version there.
+    Q_PLUGIN_METADATA(IID "TessaroBack" FILE "tessarobackmetadata.json")
     // Only the plug-in interface goes by its id: the host reaches the loyalty
     // system by the base's class name, "BasicLoyaltySystem", and no other name
     // may answer (moc's warning that qobject_cast to BasicLoyaltySystem will

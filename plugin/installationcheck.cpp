@@ -3,6 +3,7 @@
 #include "checkplugin.h"
 #include "client/checkclient.h"
 #include "hostsdk/hostadapter.h"
+#include "pluginversion.h"
 
 #include <basicexception.h>
 #include <config.h>
@@ -199,7 +200,8 @@ QJsonObject InstallationCheck::run() const
         client.boundTimeout(m_options.value(QStringLiteral("boundSeconds")).toInt(10));
     const QJsonObject fetched = token(client);
     const bool tokenMissing = client.usesTokenAuth() && !fetched.value(QStringLiteral("ok")).toBool();
-    return {{QStringLiteral("settings"), read},
+    return {{QStringLiteral("version"), pluginVersion()},
+            {QStringLiteral("settings"), read},
             {QStringLiteral("sections"), sections(client)},
             {QStringLiteral("currencies"), currencies(client)},
             {QStringLiteral("token"), fetched},

@@ -11,6 +11,7 @@ class CheckClient;
 /// does on the way to the service, done by the plug-in's own code and reported
 /// as JSON for the till that runs the check.
 ///
+/// - "version": the plug-in's version.
 /// - "settings": every plain key the plug-in reads, as the configuration holds
 ///   it ("text") and as the plug-in takes it ("value"); secrets only as facts
 ///   about them ("length", "scheme", "blanksAround"); for addresses what makes

@@ -13,6 +13,11 @@ QString PluginHost::libraryName()
     return QStringLiteral("libtessaroback.so");
 }
 
+QString PluginHost::versionIn(const QJsonObject &metaData)
+{
+    return metaData.value(QStringLiteral("MetaData")).toObject().value(QStringLiteral("Version")).toString();
+}
+
 PluginHost::PluginHost() = default;
 
 PluginHost::~PluginHost() = default;

@@ -109,8 +109,16 @@ std::optional<Value> ScenarioParser::read(const QByteArray &json, const QString 
         m_error.message = QStringLiteral("%1 is a JSON object").arg(what);
         return std::nullopt;
     }
+    return readObject<Value>(document.object(), reader);
+}
+
+template <typename Value, typename Reader>
+std::optional<Value> ScenarioParser::readObject(const QJsonObject &object, Reader reader)
+{
+    m_error = ScenarioError();
+    m_error.file = m_fileName;
     try {
-        return reader(document.object());
+        return reader(object);
     } catch (const Failure &failure) {
         m_error.path = failure.path;
         m_error.message = failure.message;
@@ -127,6 +135,16 @@ std::optional<TillSettings> ScenarioParser::parseTillSettings(const QByteArray &
 {
     return read<TillSettings>(json, QStringLiteral("a till description"),
                               [](const QJsonObject &object) { return tillAt(object, QString()); });
+}
+
+std::optional<PositionSpec> ScenarioParser::parsePosition(const QJsonObject &object)
+{
+    return readObject<PositionSpec>(object, [](const QJsonObject &position) { return detail::positionAt(position, QString()); });
+}
+
+std::optional<PaymentSpec> ScenarioParser::parsePayment(const QJsonObject &object)
+{
+    return readObject<PaymentSpec>(object, [](const QJsonObject &payment) { return detail::paymentAt(payment, QString(), {}); });
 }
 
 std::optional<Scenario> ScenarioParser::parseFile(const QString &path, ScenarioError *error)

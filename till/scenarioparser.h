@@ -4,6 +4,7 @@
 #include "scenarioerror.h"
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QString>
 
 #include <optional>
@@ -27,6 +28,11 @@ public:
     /// Reads a till description alone: the form of a scenario's "till" part,
     /// which is also the form of a data folder's dictionaries.json.
     std::optional<TillSettings> parseTillSettings(const QByteArray &json);
+    /// Reads a position alone, in the form of an "add" action's "position".
+    std::optional<PositionSpec> parsePosition(const QJsonObject &object);
+    /// Reads a payment alone, in the form of a "pay" action: "code",
+    /// "amount", "change" and "details".
+    std::optional<PaymentSpec> parsePayment(const QJsonObject &object);
     ScenarioError error() const { return m_error; }
 
     /// Reads and parses the file \a path; the error also covers a file that cannot be read.
@@ -35,6 +41,8 @@ public:
 private:
     template <typename Value, typename Reader>
     std::optional<Value> read(const QByteArray &json, const QString &what, Reader reader);
+    template <typename Value, typename Reader>
+    std::optional<Value> readObject(const QJsonObject &object, Reader reader);
 
     QString m_fileName;
     ScenarioError m_error;

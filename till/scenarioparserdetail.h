@@ -42,6 +42,9 @@ QList<double> numbersAt(const QJsonValue &value, const QString &path);
 void allowOnly(const QJsonObject &object, const QString &path, const QStringList &allowed);
 QJsonValue required(const QJsonObject &object, const QString &path, const QString &key);
 
+/// MoneyItem properties a payment may set besides code, amount and change.
+QStringList paymentDetailNames();
+
 // The parts of a scenario.
 TillSettings tillAt(const QJsonValue &value, const QString &path);
 PositionSpec positionAt(const QJsonValue &value, const QString &path);

@@ -51,19 +51,6 @@ QHash<QString, QVariantMap> additionalDataAt(const QJsonValue &value, const QStr
     return data;
 }
 
-/// MoneyItem properties a payment may set besides code, amount and change.
-QStringList paymentDetailNames()
-{
-    QStringList names;
-    const QMetaObject &meta = MoneyItem::staticMetaObject;
-    for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
-        const QString name = QString::fromLatin1(meta.property(i).name());
-        if (name != QLatin1String("valCode") && name != QLatin1String("amount") && name != QLatin1String("change"))
-            names << name;
-    }
-    return names;
-}
-
 ImpactSpec impactAt(const QJsonValue &value, const QString &path)
 {
     ImpactSpec described;
@@ -80,6 +67,18 @@ ImpactSpec impactAt(const QJsonValue &value, const QString &path)
 }
 
 } // namespace
+
+QStringList paymentDetailNames()
+{
+    QStringList names;
+    const QMetaObject &meta = MoneyItem::staticMetaObject;
+    for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
+        const QString name = QString::fromLatin1(meta.property(i).name());
+        if (name != QLatin1String("valCode") && name != QLatin1String("amount") && name != QLatin1String("change"))
+            names << name;
+    }
+    return names;
+}
 
 PositionSpec positionAt(const QJsonValue &value, const QString &path)
 {

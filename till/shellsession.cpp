@@ -4,7 +4,9 @@
 #include "documentbuilder.h"
 #include "documentsnapshot.h"
 #include "reportwriter.h"
+#include "scenarioparser.h"
 #include "scenariorunner.h"
+#include "shellfields.h"
 #include "terminalcashier.h"
 #include "till.h"
 #include "tillactions.h"
@@ -18,6 +20,27 @@
 #include <QTextStream>
 
 namespace till {
+
+namespace {
+
+/// The position or payment in \a object, the JSON ShellFields made of the
+/// command's words, read as a scenario's; nothing, after saying why, when
+/// the words named no field (\a wordError) or the parser refuses a value.
+template <typename Spec>
+std::optional<Spec> readSpec(const QString &command, const std::optional<QJsonObject> &object, const QString &wordError,
+                             std::optional<Spec> (ScenarioParser::*parse)(const QJsonObject &), QTextStream *out)
+{
+    ScenarioParser parser;
+    std::optional<Spec> spec = object ? (parser.*parse)(*object) : std::nullopt;
+    if (!spec) {
+        const ScenarioError error = parser.error();
+        const QString why = !object ? wordError : error.path.isEmpty() ? error.message : error.path + QStringLiteral(": ") + error.message;
+        *out << command << QStringLiteral(": ") << why << Qt::endl;
+    }
+    return spec;
+}
+
+} // namespace
 
 ShellSession::ShellSession(const TillDataFolder &folder, QTextStream *in, QTextStream *out)
     : m_folder(folder)
@@ -35,15 +58,26 @@ QString ShellSession::help()
         "  card NUMBER                 present the customer's card\n"
         "  input                       start input in the document\n"
         "  coupon NUMBER               add a coupon\n"
-        "  add CODE [QTY [PRICE]]      add a position; QTY and PRICE are typed before it\n"
+        "  add CODE [QTY [PRICE]] [FIELD=VALUE…]\n"
+        "                              add a position; QTY and PRICE are typed before it\n"
         "  reason [POSITION]           choose the return reason of the document, or of a position\n"
-        "  pay CODE AMOUNT             add a payment in currency CODE\n"
+        "  pay CODE AMOUNT [FIELD=VALUE…]\n"
+        "                              add a payment in currency CODE\n"
         "  storno-all                  cancel every position\n"
-        "  close                       close the document\n"
+        "  close                       close the document; shows the return invoice number the service assigned\n"
         "  show                        show the open document and the shift's records\n"
         "  restart                     restart the till (the plug-in starts again, documents are read from disk)\n"
         "  help                        this list\n"
-        "  quit                        leave the shell\n");
+        "  quit                        leave the shell\n"
+        "\n"
+        "The plug-in takes goods only after a customer card: card NUMBER before add.\n"
+        "add fields, as a scenario's position gives them (lists with commas; vat=CODE is the VAT code at\n"
+        "index 0, rate= is vatRate, vatsum= is vatSums):\n"
+        "  %1\n"
+        "pay fields, as a scenario's payment gives them (terminal= is terminalId, operation= is operationId):\n"
+        "  %2\n"
+        "  e.g. add 100200 2 150 barcode=4600000000017 vat=1 rate=20 vatsum=50; pay 2 230 rrn=412345678901 terminal=T1\n")
+        .arg(ShellFields::positionFields().join(QStringLiteral(" ")), ShellFields::paymentFields().join(QStringLiteral(" ")));
 }
 
 int ShellSession::run(const QString &pluginFolder)
@@ -126,6 +160,7 @@ bool ShellSession::execute(const QString &line, Till *till, TillActions *actions
     bool ok = true;
     bool known = true;
     std::optional<int> result;
+    QSharedPointer<AbstractDocument> closed;
     if (command == QLatin1String("new-return")) {
         newDocument(2, QString(), till, actions);
     } else if (command == QLatin1String("new-return-by-sale")) {
@@ -136,37 +171,41 @@ bool ShellSession::execute(const QString &line, Till *till, TillActions *actions
         result = actions->coupon(argument(1));
     } else if (command == QLatin1String("input")) {
         result = actions->input();
-    } else if (command == QLatin1String("add") && words.size() >= 2 && words.size() <= 4) {
-        PositionSpec position;
-        position.code = argument(1);
-        std::optional<double> quantity;
-        std::optional<double> price;
-        if (words.size() > 2)
-            quantity = number(2, &ok);
-        if (ok && words.size() > 3)
-            price = number(3, &ok);
+    } else if (command == QLatin1String("add") && words.size() >= 2) {
+        // Up to two numbers after the code are QTY and PRICE; field=value words follow.
+        std::optional<double> modifiers[2];
+        int next = 2;
+        for (std::optional<double> &modifier : modifiers) {
+            bool isNumber = false;
+            const double value = number(next, &isNumber);
+            if (!isNumber)
+                break;
+            modifier = value;
+            ++next;
+        }
+        QString error;
+        const std::optional<PositionSpec> position = readSpec(QStringLiteral("add"), ShellFields::position(argument(1), words.mid(next), &error),
+                                                              error, &ScenarioParser::parsePosition, m_out);
+        ok = position.has_value();
         if (ok)
-            result = actions->add(position, quantity, price);
-        else
-            usage(QStringLiteral("add CODE [QTY [PRICE]]"));
+            result = actions->add(*position, modifiers[0], modifiers[1]);
     } else if (command == QLatin1String("reason") && words.size() <= 2) {
         const int position = words.size() == 2 ? argument(1).toInt(&ok) : 0;
         if (ok)
             result = actions->reason(words.size() == 1, position);
         else
             usage(QStringLiteral("reason [POSITION]"));
-    } else if (command == QLatin1String("pay") && words.size() == 3) {
-        PaymentSpec payment;
-        payment.code = argument(1).toInt(&ok);
+    } else if (command == QLatin1String("pay") && words.size() >= 3) {
+        QString error;
+        const std::optional<PaymentSpec> payment = readSpec(QStringLiteral("pay"), ShellFields::payment(argument(1), argument(2), words.mid(3), &error),
+                                                            error, &ScenarioParser::parsePayment, m_out);
+        ok = payment.has_value();
         if (ok)
-            payment.amount = number(2, &ok);
-        if (ok)
-            result = actions->pay(payment);
-        else
-            usage(QStringLiteral("pay CODE AMOUNT"));
+            result = actions->pay(*payment);
     } else if (command == QLatin1String("storno-all")) {
         result = actions->stornoAll();
     } else if (command == QLatin1String("close")) {
+        closed = till->currentDocument();
         result = actions->close();
     } else if (command == QLatin1String("restart")) {
         QString error;
@@ -185,7 +224,17 @@ bool ShellSession::execute(const QString &line, Till *till, TillActions *actions
         if (!details.isEmpty())
             *m_out << details << Qt::endl;
     }
+    if (closed)
+        showReturnInvoice(*closed, till->cardType());
     return true;
+}
+
+void ShellSession::showReturnInvoice(const AbstractDocument &document, int cardType) const
+{
+    const QJsonObject data = DocumentSnapshot::toJson(document, cardType).value(QStringLiteral("pluginData")).toObject();
+    const QString number = data.value(QStringLiteral("invoiceIDRaw")).toString();
+    if (!number.isEmpty())
+        *m_out << QStringLiteral("  return invoice %1 (invoiceID %2)").arg(number, data.value(QStringLiteral("invoiceID")).toString()) << Qt::endl;
 }
 
 } // namespace till

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+class AbstractDocument;
 class QTextStream;
 
 namespace till {
@@ -32,6 +33,8 @@ private:
     /// Runs one command line; false for "quit".
     bool execute(const QString &line, Till *till, TillActions *actions, ActionLog *log);
     void newDocument(int type, const QString &saleIdentifier, Till *till, TillActions *actions);
+    /// The return invoice number the service assigned to \a document, once it has one.
+    void showReturnInvoice(const AbstractDocument &document, int cardType) const;
 
     TillDataFolder m_folder;
     QTextStream *m_in;

@@ -14,6 +14,7 @@
 #include "tilldatafolder.h"
 
 #include "secrets/secretmask.h"
+#include <tessaroversion.h>
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -22,6 +23,7 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QLoggingCategory>
+#include <QPluginLoader>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTextStream>
@@ -179,6 +181,8 @@ int TillApplication::exec()
         return check(arguments);
     if (command == QLatin1String("contract"))
         return contract(arguments);
+    if (command == QLatin1String("--version"))
+        return version(arguments);
     if (command == QLatin1String("--help") || command == QLatin1String("-h") || command == QLatin1String("help")) {
         out() << QStringLiteral(
             "tessaro-till: a till that loads the TessaroBack plug-in as the POS host does.\n\n"
@@ -188,7 +192,8 @@ int TillApplication::exec()
             "  tessaro-till demo                                   play the bundled scenarios against the emulator\n"
             "  tessaro-till check [--data DIR | --config FILE]     check a till's configuration and its way to the service\n"
             "  tessaro-till simulate [--seed N] [--sessions N]     random sessions with faults and kills, every invariant checked\n"
-            "  tessaro-till contract CASSETTE [--against URL]      compare a service's answers with a recorded session's\n\n"
+            "  tessaro-till contract CASSETTE [--against URL]      compare a service's answers with a recorded session's\n"
+            "  tessaro-till --version [--plugins DIR]              the till's version and the plug-in's\n\n"
             "tessaro-till COMMAND --help describes each command.\n");
         return Passed;
     }
@@ -546,6 +551,28 @@ int TillApplication::check(const QStringList &arguments)
         out() << report.text();
     out().flush();
     return report.exitCode();
+}
+
+int TillApplication::version(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption plugins = pluginsOption();
+    parser.addOption(plugins);
+    const int parsed = parse(&parser, arguments, QStringLiteral("Prints the till's version and the version in the plug-in's metadata."));
+    if (parsed >= 0)
+        return parsed;
+    out() << QStringLiteral("tessaro-till " TESSARO_VERSION) << Qt::endl;
+    const QString folder = parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder();
+    // QPluginLoader looks a relative name up in the library paths, not here.
+    const QString file = QFileInfo(QDir(folder).filePath(PluginHost::libraryName())).absoluteFilePath();
+    if (!QFileInfo::exists(file)) {
+        out() << QStringLiteral("plug-in: no %1 in %2").arg(PluginHost::libraryName(), folder) << Qt::endl;
+        return Passed;
+    }
+    const QString version = PluginHost::versionIn(QPluginLoader(file).metaData());
+    out() << QStringLiteral("plug-in %1: %2").arg(file, version.isEmpty() ? QStringLiteral("no version in its metadata") : QStringLiteral("TessaroBack ") + version)
+          << Qt::endl;
+    return Passed;
 }
 
 } // namespace till

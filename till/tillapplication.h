@@ -34,6 +34,8 @@ private:
     int simulate(const QStringList &arguments);
     int check(const QStringList &arguments);
     int contract(const QStringList &arguments);
+    /// The tool's version and, read from its metadata without loading it, the plug-in's.
+    int version(const QStringList &arguments);
     int usage(const QString &problem) const;
 
     /// Parses \a arguments; returns -1 to go on, or an exit code (after --help or an error).

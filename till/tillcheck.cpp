@@ -11,6 +11,7 @@
 
 #include <config.h>
 #include <singleton.h>
+#include <tessaroversion.h>
 
 #include <QFile>
 #include <QFileInfo>
@@ -133,6 +134,8 @@ CheckReport TillCheck::run() const
         return report;
     }
     report.ok(QStringLiteral("plug-in"), QStringLiteral("%1 (%2)").arg(plugin.fileName(), plugin.metaData().value(QStringLiteral("IID")).toString()));
+    context.insert(QStringLiteral("plugin"), plugin.fileName());
+    report.setContext(context);
     const ConfigFileText file(configFile);
     const std::optional<QJsonObject> read = PluginSelfCheck::run(
         plugin.fileName(),
@@ -142,7 +145,14 @@ CheckReport TillCheck::run() const
         report.failure(QStringLiteral("installation check"), error, QStringLiteral("install a plug-in built with its installation check"));
         return report;
     }
-    context.insert(QStringLiteral("plugin"), plugin.fileName());
+    // The metadata's version when the build put it there, else the one the plug-in's code gives.
+    QString pluginVersion = PluginHost::versionIn(plugin.metaData());
+    if (pluginVersion.isEmpty())
+        pluginVersion = read->value(QStringLiteral("version")).toString();
+    report.ok(QStringLiteral("versions"), QStringLiteral("tessaro-till %1, plug-in TessaroBack %2")
+                                               .arg(QStringLiteral(TESSARO_VERSION), pluginVersion.isEmpty() ? QStringLiteral("unknown") : pluginVersion));
+    context.insert(QStringLiteral("versions"), QJsonObject{{QStringLiteral("tool"), QStringLiteral(TESSARO_VERSION)},
+                                                           {QStringLiteral("plugin"), pluginVersion}});
     context.insert(QStringLiteral("configuration"), QJsonObject{{QStringLiteral("settings"), read->value(QStringLiteral("settings"))},
                                                                 {QStringLiteral("sections"), read->value(QStringLiteral("sections"))},
                                                                 {QStringLiteral("currencies"), read->value(QStringLiteral("currencies"))}});

@@ -2,6 +2,8 @@
 // first line of standard output, and serving.
 #include "curlclient.h"
 
+#include <tessaroversion.h>
+
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -14,6 +16,7 @@ private slots:
     void initTestCase();
     void printsFreePortFirstAndServes();
     void helpListsOptions();
+    void versionIsTheProjects();
     void refusesBadInput_data();
     void refusesBadInput();
 
@@ -73,6 +76,15 @@ void TestEmulatorProgram::helpListsOptions()
     const QByteArray help = program.readAllStandardOutput();
     QVERIFY(help.contains("--port"));
     QVERIFY(help.contains("--config"));
+}
+
+void TestEmulatorProgram::versionIsTheProjects()
+{
+    QProcess program;
+    program.start(QStringLiteral(TESSARO_EMULATOR_PROGRAM), {QStringLiteral("--version")});
+    QVERIFY(program.waitForFinished(5000));
+    QCOMPARE(program.exitCode(), 0);
+    QCOMPARE(program.readAllStandardOutput(), QByteArrayLiteral("tessaro-emulator " TESSARO_VERSION "\n"));
 }
 
 void TestEmulatorProgram::refusesBadInput_data()

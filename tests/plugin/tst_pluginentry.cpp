@@ -3,6 +3,9 @@
 
 #include "hooktable.h"
 
+#include <support/logcapture.h>
+#include <tessaroversion.h>
+
 #include <abstractdocument.h>
 #include <basicloyaltysystem.h>
 #include <control/eactiontype.h>
@@ -59,6 +62,8 @@ private slots:
     void cleanup();
     void metadataNamesInterfaceAndClass();
     void metadataHoldsNothingElse();
+    void libraryCarriesItsVersion();
+    void initLogsTheVersionOnce();
     void instanceIsOneObject();
     void freshInstanceAfterDestruction();
     void metacast_data();
@@ -137,7 +142,28 @@ void TestPluginEntry::metadataHoldsNothingElse()
     QCborMap expected;
     expected.insert(2, QStringLiteral("TessaroBack"));
     expected.insert(3, QStringLiteral("BackPlugin"));
+    // Only a build for a host that accepts more puts the version beside them.
+    if (TESSARO_VERSION_IN_METADATA)
+        expected.insert(4, QCborMap{{QStringLiteral("Version"), QStringLiteral(TESSARO_VERSION)}});
     QCOMPARE(cbor.toMap(), expected);
+    QCOMPARE(m_loader.metaData().value(QStringLiteral("MetaData")).toObject().value(QStringLiteral("Version")).toString(),
+             TESSARO_VERSION_IN_METADATA ? QStringLiteral(TESSARO_VERSION) : QString());
+}
+
+// The version as text in the library file, where `strings` finds it.
+void TestPluginEntry::libraryCarriesItsVersion()
+{
+    QFile file(m_library.fileName());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll().contains(QByteArrayLiteral("TessaroBack " TESSARO_VERSION "\0")));
+}
+
+void TestPluginEntry::initLogsTheVersionOnce()
+{
+    LogCapture log;
+    QVERIFY(initialisedPlugin());
+    const QStringList lines = log.texts(QStringLiteral("tessaroback"), QtInfoMsg);
+    QCOMPARE(lines.count(QStringLiteral("TessaroBack " TESSARO_VERSION)), 1);
 }
 
 void TestPluginEntry::instanceIsOneObject()

@@ -3,6 +3,7 @@
 #include <emulator/emulator.h>
 #include <support/folderstate.h>
 #include <support/scriptedhttpserver.h>
+#include <tessaroversion.h>
 
 #include <QEventLoop>
 #include <QFile>
@@ -241,6 +242,9 @@ void TestTillCheck::correctTillPasses()
     QVERIFY(!line(result.out, QStringLiteral("ok"), QStringLiteral("Tessaro:hostName")).isEmpty());
     QVERIFY(!line(result.out, QStringLiteral("ok"), QStringLiteral("Tessaro:validationCoupon ")).isEmpty());
     QVERIFY(!line(result.out, QStringLiteral("ok"), QStringLiteral("Tessaro:onlineCheckEanReasonCode")).isEmpty());
+    QVERIFY2(line(result.out, QStringLiteral("ok"), QStringLiteral("versions"))
+                 .endsWith(QStringLiteral("tessaro-till " TESSARO_VERSION ", plug-in TessaroBack " TESSARO_VERSION)),
+             qPrintable(result.out));
     if (gateway) {
         QVERIFY(line(result.out, QStringLiteral("ok"), QStringLiteral("gateway signature")).contains(QStringLiteral("accepted")));
     } else {
@@ -470,6 +474,10 @@ void TestTillCheck::jsonSaysTheSameForMonitoring()
     QVERIFY2(named, findings(result.out).constData());
     const QJsonArray settings = json.value(QStringLiteral("configuration")).toObject().value(QStringLiteral("settings")).toArray();
     QVERIFY(!settings.isEmpty());
+    const QJsonObject versions = json.value(QStringLiteral("versions")).toObject();
+    QCOMPARE(versions.value(QStringLiteral("tool")).toString(), QStringLiteral(TESSARO_VERSION));
+    QCOMPARE(versions.value(QStringLiteral("plugin")).toString(), QStringLiteral(TESSARO_VERSION));
+    QCOMPARE(json.value(QStringLiteral("plugin")).toString(), QStringLiteral(TILL_PLUGIN_DIR "/libtessaroback.so"));
     verifyNoSecret(result);
 }
 

@@ -1,5 +1,6 @@
 #include <support/folderstate.h>
 #include <support/scriptedhttpserver.h>
+#include <tessaroversion.h>
 
 #include <QDir>
 #include <QFile>
@@ -33,6 +34,7 @@ private slots:
     void restartReplacesTheProcess();
     void shellTakesCommandsAndAnswers();
     void simulateRefusesMoreJobsThanTheMachineTakes();
+    void versionNamesToolAndPlugin();
 
 private:
     struct Result
@@ -320,6 +322,27 @@ void TestTillCommand::simulateRefusesMoreJobsThanTheMachineTakes()
     QVERIFY2(result.err.contains(QStringLiteral("--jobs takes at most")), qPrintable(result.err));
     QVERIFY(result.out.isEmpty());
     QVERIFY(!QFileInfo::exists(m_dir->filePath(QStringLiteral("failures"))));
+}
+
+void TestTillCommand::versionNamesToolAndPlugin()
+{
+    const QString tool = QStringLiteral("tessaro-till " TESSARO_VERSION "\n");
+    Result result = till({QStringLiteral("--version"), QStringLiteral("--plugins"), QStringLiteral(TILL_PLUGIN_DIR)});
+    QCOMPARE(result.exitCode, 0);
+    const QString plugin = QStringLiteral(TILL_PLUGIN_DIR "/libtessaroback.so");
+    const QString fromMetadata = TESSARO_VERSION_IN_METADATA ? QStringLiteral("TessaroBack " TESSARO_VERSION)
+                                                             : QStringLiteral("no version in its metadata");
+    QCOMPARE(result.out, tool + QStringLiteral("plug-in %1: %2\n").arg(plugin, fromMetadata));
+    // A folder named relative to the working directory reads the same file.
+    result = till({QStringLiteral("--version"), QStringLiteral("--plugins"), QDir::current().relativeFilePath(QStringLiteral(TILL_PLUGIN_DIR))});
+    QCOMPARE(result.out, tool + QStringLiteral("plug-in %1: %2\n").arg(plugin, fromMetadata));
+    // The metadata is read without loading: a plug-in without a version is named as such.
+    result = till({QStringLiteral("--version"), QStringLiteral("--plugins"), QStringLiteral(TILL_FAKE_PLUGIN_DIR)});
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.out, tool + QStringLiteral("plug-in %1/libtessaroback.so: no version in its metadata\n").arg(QStringLiteral(TILL_FAKE_PLUGIN_DIR)));
+    result = till({QStringLiteral("--version"), QStringLiteral("--plugins"), m_dir->path()});
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.out, tool + QStringLiteral("plug-in: no libtessaroback.so in %1\n").arg(m_dir->path()));
 }
 
 QTEST_GUILESS_MAIN(TestTillCommand)
