@@ -2,6 +2,7 @@
 #include "emulator/emulator.h"
 
 #include <contracts/cassettefile.h>
+#include <tessaroversion.h>
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

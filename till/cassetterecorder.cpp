@@ -1,6 +1,7 @@
 #include "cassetterecorder.h"
 
 #include <contracts/cassettefile.h>
+#include <tessaroversion.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
