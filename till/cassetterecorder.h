@@ -4,7 +4,7 @@
 #include <contracts/placeholdermap.h>
 
 #include <restclient.h>
-#include <secretmask.h>
+#include <secrets/secretmask.h>
 
 #include <QJsonObject>
 #include <QJsonValue>
