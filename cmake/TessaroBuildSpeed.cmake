@@ -109,7 +109,10 @@ function(tessaro_set_target_build_flags)
             target_compile_options(${target} PRIVATE ${test_options})
             set(pch tessaropchtests)
         endif()
-        if(TESSARO_PCH)
+        # A target compiled with other code-generation flags (hidden
+        # visibility, say) cannot use the shared header: clang refuses it.
+        get_target_property(no_pch ${target} DISABLE_PRECOMPILE_HEADERS)
+        if(TESSARO_PCH AND NOT no_pch)
             target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-error=invalid-pch>)
             target_precompile_headers(${target} REUSE_FROM ${pch})
         endif()

@@ -72,7 +72,7 @@ add_custom_target(packagedocs ALL DEPENDS ${packaging}/changelog.Debian.gz)
 install(FILES ${packaging}/copyright ${packaging}/changelog.Debian.gz ${PROJECT_SOURCE_DIR}/README.md
     DESTINATION ${docdir})
 # The whole docs/ folder beside the README, as in the repository, so that every
-# relative link resolves (scripts/doclinks.sh checks them in each package).
+# relative link resolves (scripts/packagecheck.sh checks them in each package).
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${docdir})
 
 # A manual page for each program, made from its --help by help2man. Sanitizer

@@ -8,6 +8,7 @@
 #include "hostsdk/hostadapter.h"
 #include "pluginversion.h"
 #include "returns/backview.h"
+#include "secrets/linesanitizer.h"
 
 #include <actionhandler.h>
 #include <actionqueuecontroller.h>
@@ -81,7 +82,7 @@ EContext::Result BackPlugin::guarded(Hook hook, const control::Action &action)
     } catch (const std::exception &e) {
         // Out of memory or a failed library call: the host's pipeline must not
         // see it either, and the cashier learns that the action did not happen.
-        logger->error(QStringLiteral("Сбой при обработке действия кассы: %1").arg(QString::fromLocal8Bit(e.what())));
+        logger->error(QStringLiteral("Сбой при обработке действия кассы: %1").arg(LineSanitizer::escaped(QString::fromLocal8Bit(e.what()))));
         showError(BasicException(tr::Tr(QStringLiteral("tessaroUnexpectedError"),
                                         QStringLiteral("Внутренняя ошибка модуля Tessaro. Действие не выполнено, "
                                                        "повторите его; при повторе ошибки обратитесь в поддержку"))));

@@ -59,7 +59,7 @@ class BackPlugin : public QObject, public BasicLoyaltySystem
 {
     Q_OBJECT
     // The file is generated: empty unless the build puts the version there.
-    Q_PLUGIN_METADATA(IID "TessaroBack" FILE "tessarobackmetadata.json")
+    Q_PLUGIN_METADATA(IID "TessaroBack")
     // Only the plug-in interface goes by its id: the host reaches the loyalty
     // system by the base's class name, "BasicLoyaltySystem", and no other name
     // may answer (moc's warning that qobject_cast to BasicLoyaltySystem will

@@ -78,7 +78,7 @@ void BackPlugin::settleReturn()
     // The service has settled the return whatever the disk does, so the close
     // goes on; the answer stays on the document for the host's next save.
     if (!hostsdk::saveDocument(document))
-        logger->error(QStringLiteral("Не удалось сохранить документ с номером инвойса возврата %1").arg(invoiceId));
+        logger->error(QStringLiteral("Не удалось сохранить документ с номером инвойса возврата %1").arg(LineSanitizer::escaped(invoiceId)));
 }
 
 void BackPlugin::showError(const BasicException &e) const

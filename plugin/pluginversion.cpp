@@ -6,7 +6,10 @@ namespace tessaro {
 
 namespace {
 
-constexpr char versionLine[] = "TessaroBack " TESSARO_VERSION;
+// A what-string: "@(#)" marks it, so that a tool finds the version in the
+// library file without loading it (tessaro-till --version, what(1)).
+constexpr char whatString[] = "@(#)TessaroBack " TESSARO_VERSION;
+constexpr int whatMarkLength = 4;
 
 } // namespace
 
@@ -17,7 +20,7 @@ QString pluginVersion()
 
 QString pluginVersionLine()
 {
-    return QString::fromLatin1(versionLine);
+    return QString::fromLatin1(whatString + whatMarkLength);
 }
 
 } // namespace tessaro

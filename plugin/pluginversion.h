@@ -8,7 +8,8 @@ namespace tessaro {
 QString pluginVersion();
 
 /// "TessaroBack " followed by the version: the line init() logs. The library
-/// also keeps it as plain text, where `strings libtessaroback.so` finds it.
+/// also keeps it as the what-string "@(#)TessaroBack x.y.z", where a tool
+/// finds it without loading the library.
 QString pluginVersionLine();
 
 } // namespace tessaro

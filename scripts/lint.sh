@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Static analysis of the project's own code (host/, hostsdk/, plugin/, client/,
-# responses/, returns/, emulator/, till/; not tests, fuzz targets, benchmarks
+# Static analysis of the project's own code (secrets/, host/, hostsdk/, plugin/,
+# client/, responses/, returns/, contracts/, emulator/, till/; not tests, fuzz targets, benchmarks
 # or generated files): clang-tidy with the checks of .clang-tidy, and cppcheck.
 # Both read the compile commands of the build folder, which is built first so
 # that generated headers exist. Any finding fails.
@@ -11,7 +11,7 @@ here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${TESSARO_BUILD_DIR:-$here/build}"
 jobs="${TESSARO_JOBS:-$(nproc)}"
 what="${1:-all}"
-areas='secrets|host|hostsdk|plugin|client|responses|returns|emulator|till'
+areas='secrets|host|hostsdk|plugin|client|responses|returns|contracts|emulator|till'
 
 if [ ! -f "$build/build.ninja" ]; then
     cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE="${TESSARO_BUILD_TYPE:-RelWithDebInfo}" -DTESSARO_WERROR=ON \

@@ -1,7 +1,6 @@
 #include "cassetterecorder.h"
 
 #include <contracts/cassettefile.h>
-#include <tessaroversion.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -13,11 +12,6 @@ namespace till {
 using tessaro::contracts::Cassette;
 using tessaro::contracts::CassetteExchange;
 
-QString CassetteRecorder::pluginVersion(const QJsonObject &metaData)
-{
-    const QString version = metaData.value(QStringLiteral("MetaData")).toObject().value(QStringLiteral("version")).toString();
-    return version.isEmpty() ? QStringLiteral(TESSARO_VERSION) : version;
-}
 
 void CassetteRecorder::setAddresses(const QString &serviceUrl, const QString &tokenUrl)
 {

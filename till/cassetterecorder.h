@@ -21,10 +21,7 @@ namespace till {
 class CassetteRecorder
 {
 public:
-    /// The plug-in's version from its metadata ("MetaData": {"version": …}),
-    /// else the version of this build.
-    static QString pluginVersion(const QJsonObject &metaData);
-
+    /// The version of the plug-in whose exchanges are kept (PluginHost::versionOf).
     void setPluginVersion(const QString &version) { m_pluginVersion = version; }
     /// The service's and the token's addresses, as the till is configured.
     void setAddresses(const QString &serviceUrl, const QString &tokenUrl);

@@ -4,7 +4,9 @@
 #include <basicplugin.h>
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 namespace till {
 
@@ -13,9 +15,24 @@ QString PluginHost::libraryName()
     return QStringLiteral("libtessaroback.so");
 }
 
-QString PluginHost::versionIn(const QJsonObject &metaData)
+QString PluginHost::versionOf(const QString &file)
 {
-    return metaData.value(QStringLiteral("MetaData")).toObject().value(QStringLiteral("Version")).toString();
+    // A plug-in library is a few MiB; a larger file is no plug-in of ours.
+    constexpr qint64 largestLibrary = qint64(64) * 1024 * 1024;
+    QFile library(file);
+    if (library.size() > largestLibrary || !library.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray content = library.readAll();
+    const QByteArray mark = QByteArrayLiteral("@(#)TessaroBack ");
+    const qsizetype start = content.indexOf(mark);
+    if (start < 0)
+        return {};
+    // The version ends at the string's NUL; anything but a short run of
+    // version characters before it is not our what-string.
+    static const QRegularExpression version(QStringLiteral("^[0-9A-Za-z.+~-]{1,32}$"));
+    const qsizetype from = start + mark.size();
+    const QString text = QString::fromLatin1(content.mid(from, content.indexOf('\0', from) - from));
+    return version.match(text).hasMatch() ? text : QString();
 }
 
 PluginHost::PluginHost() = default;

@@ -22,10 +22,10 @@ class PluginHost
 public:
     /// The plug-in's library file name.
     static QString libraryName();
-    /// The version a plug-in's metadata carries ("MetaData": {"Version": ...}),
-    /// as QPluginLoader::metaData() gives it, which reads the file without
-    /// loading it; empty when the metadata carries none.
-    static QString versionIn(const QJsonObject &metaData);
+    /// The version that the plug-in library \a file carries as its
+    /// what-string ("@(#)TessaroBack x.y.z"), read from the file without
+    /// loading it; empty when the file holds none or cannot be read.
+    static QString versionOf(const QString &file);
 
     PluginHost();
     ~PluginHost();

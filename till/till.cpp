@@ -63,7 +63,7 @@ bool Till::start(const QString &pluginFolder, const TillSettings &overrides, QSt
     if (!m_plugin.load(pluginFolder, error))
         return false;
     if (m_recorder)
-        m_recorder->setPluginVersion(CassetteRecorder::pluginVersion(m_plugin.metaData()));
+        m_recorder->setPluginVersion(PluginHost::versionOf(m_plugin.fileName()));
     m_pipeline.addPlugin(m_plugin.plugin());
     return startPlugin(error);
 }

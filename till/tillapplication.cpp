@@ -23,7 +23,6 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QLoggingCategory>
-#include <QPluginLoader>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTextStream>
@@ -558,19 +557,19 @@ int TillApplication::version(const QStringList &arguments)
     QCommandLineParser parser;
     const QCommandLineOption plugins = pluginsOption();
     parser.addOption(plugins);
-    const int parsed = parse(&parser, arguments, QStringLiteral("Prints the till's version and the version in the plug-in's metadata."));
+    const int parsed = parse(&parser, arguments,
+                             QStringLiteral("Prints the till's version and the plug-in's, read from its library file without loading it."));
     if (parsed >= 0)
         return parsed;
     out() << QStringLiteral("tessaro-till " TESSARO_VERSION) << Qt::endl;
     const QString folder = parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder();
-    // QPluginLoader looks a relative name up in the library paths, not here.
     const QString file = QFileInfo(QDir(folder).filePath(PluginHost::libraryName())).absoluteFilePath();
     if (!QFileInfo::exists(file)) {
         out() << QStringLiteral("plug-in: no %1 in %2").arg(PluginHost::libraryName(), folder) << Qt::endl;
         return Passed;
     }
-    const QString version = PluginHost::versionIn(QPluginLoader(file).metaData());
-    out() << QStringLiteral("plug-in %1: %2").arg(file, version.isEmpty() ? QStringLiteral("no version in its metadata") : QStringLiteral("TessaroBack ") + version)
+    const QString version = PluginHost::versionOf(file);
+    out() << QStringLiteral("plug-in %1: %2").arg(file, version.isEmpty() ? QStringLiteral("no version mark in it") : QStringLiteral("TessaroBack ") + version)
           << Qt::endl;
     return Passed;
 }

@@ -145,10 +145,8 @@ CheckReport TillCheck::run() const
         report.failure(QStringLiteral("installation check"), error, QStringLiteral("install a plug-in built with its installation check"));
         return report;
     }
-    // The metadata's version when the build put it there, else the one the plug-in's code gives.
-    QString pluginVersion = PluginHost::versionIn(plugin.metaData());
-    if (pluginVersion.isEmpty())
-        pluginVersion = read->value(QStringLiteral("version")).toString();
+    // The loaded plug-in's own word for its version.
+    const QString pluginVersion = read->value(QStringLiteral("version")).toString();
     report.ok(QStringLiteral("versions"), QStringLiteral("tessaro-till %1, plug-in TessaroBack %2")
                                                .arg(QStringLiteral(TESSARO_VERSION), pluginVersion.isEmpty() ? QStringLiteral("unknown") : pluginVersion));
     context.insert(QStringLiteral("versions"), QJsonObject{{QStringLiteral("tool"), QStringLiteral(TESSARO_VERSION)},
