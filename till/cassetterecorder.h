@@ -21,6 +21,10 @@ namespace till {
 class CassetteRecorder
 {
 public:
+    /// Besides the mask's own secret headers, cookies and proxy credentials
+    /// are secret in a cassette: they let whoever holds them act as the till.
+    CassetteRecorder();
+
     /// The plug-in's version from its metadata ("MetaData": {"version": …}),
     /// else the version of this build.
     static QString pluginVersion(const QJsonObject &metaData);
@@ -38,7 +42,13 @@ public:
     bool write(const QString &path, QString *error) const;
 
 private:
+    /// The secret parts of a header's value: credentials after the scheme,
+    /// a gateway's signature, cookie values; none when the header is not secret.
+    QStringList secretsOf(const QString &name, const QString &value) const;
     void learnHeader(const QString &name, const QString &value);
+    /// \a value with its secrets learnt; a secret too short for a placeholder
+    /// is hidden right away.
+    QString learnAnswerHeader(const QString &name, const QString &value);
     void learnFields(const QJsonValue &value);
     void learnForm(const QString &text);
     void learnBody(const QByteArray &body);
