@@ -110,6 +110,8 @@ void TestCassettes::commandLine()
     QVERIFY2(cassette, qPrintable(error));
     QCOMPARE(cassette->exchanges.at(1).path, QStringLiteral("/advicenote"));
     QCOMPARE(cassette->exchanges.at(1).action, QStringLiteral("the advice note goes to the service (close the document)"));
+    QCOMPARE(tessaro::contracts::CassetteExchange::header(cassette->exchanges.at(1).responseHeaders, QStringLiteral("Content-Type")),
+             QStringLiteral("application/json"));
     QCOMPARE(cassette->serviceUrl, service.baseUrl().toString());
     QVERIFY(!cassette->pluginVersion.isEmpty());
 
