@@ -83,6 +83,7 @@ private slots:
     void answerOverTheBoundIsDropped();
     void answerAtTheBoundIsKept();
     void answerHeadersAreKept();
+    void interimAnswerHeadersAreNotKept();
     void headersOverTheBoundAreDropped_data();
     void headersOverTheBoundAreDropped();
     void headersAtTheBoundAreKept();
@@ -412,6 +413,17 @@ void TestRestClient::answerHeadersAreKept()
     m_server->enqueue(Answer::close());
     QVERIFY(!m_client->post(m_server->url(), parsed("{}"), {}));
     QVERIFY(m_client->lastResponse().headers().isEmpty());
+}
+
+void TestRestClient::interimAnswerHeadersAreNotKept()
+{
+    // A "100 Continue" with a header of its own, then the final answer, in one script.
+    m_server->enqueue(Answer::reply(100, "{}", {{"X-Interim", "1\r\n\r\nHTTP/1.1 200 OK\r\nX-Final: 1"}}));
+
+    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+
+    const http::Response::Headers expected{{"X-Final", "1"}, {"Content-Length", "2"}};
+    QCOMPARE(m_client->lastResponse().headers(), expected);
 }
 
 void TestRestClient::headersOverTheBoundAreDropped_data()
