@@ -47,6 +47,13 @@ QJsonValue parsed(const QByteArray &body)
     return QJsonValue::Undefined;
 }
 
+// "application/json" of "Application/JSON; charset=utf-8": the parameters
+// describe the bytes, not the contract.
+QString mediaType(const QString &contentType)
+{
+    return contentType.section(QLatin1Char(';'), 0, 0).trimmed().toLower();
+}
+
 } // namespace
 
 ContractComparer::ContractComparer(const DriftRules &rules)
@@ -73,6 +80,20 @@ QList<ContractComparer::Difference> ContractComparer::compare(int recordedStatus
     }
     compareValues(QString(), recorded, value, &differences);
     return differences;
+}
+
+QList<ContractComparer::Difference> ContractComparer::compareHeaders(const CassetteExchange::Headers &recorded,
+                                                                     const CassetteExchange::Headers &headers) const
+{
+    const QString name = QStringLiteral("Content-Type");
+    const std::optional<QString> before = CassetteExchange::header(recorded, name);
+    if (!before)
+        return {};
+    const QString after = CassetteExchange::header(headers, name).value_or(QString());
+    if (mediaType(*before) == mediaType(after))
+        return {};
+    return {{QStringLiteral("header content-type"),
+             QStringLiteral("%1 → %2").arg(mediaType(*before), after.isEmpty() ? QStringLiteral("none") : mediaType(after))}};
 }
 
 void ContractComparer::compareValues(const QString &path, const QJsonValue &recorded, const QJsonValue &value,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "contracts/cassetteexchange.h"
 #include "contracts/driftrules.h"
 
 #include <QByteArray>
@@ -28,6 +29,10 @@ public:
     explicit ContractComparer(const DriftRules &rules = DriftRules());
 
     QList<Difference> compare(int recordedStatus, const QByteArray &recordedBody, int status, const QByteArray &body) const;
+    /// The answer's headers by contract: the media type of "Content-Type"
+    /// (parameters such as the charset ignored) when one was recorded, as
+    /// "header content-type"; no other header is compared.
+    QList<Difference> compareHeaders(const CassetteExchange::Headers &recorded, const CassetteExchange::Headers &headers) const;
 
 private:
     void compareValues(const QString &path, const QJsonValue &recorded, const QJsonValue &value, QList<Difference> *differences) const;

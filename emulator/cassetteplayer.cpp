@@ -2,6 +2,8 @@
 
 #include "emulator/exchange.h"
 
+#include <contracts/placeholdermap.h>
+
 #include <QJsonObject>
 #include <QMutexLocker>
 
@@ -12,6 +14,23 @@ namespace {
 QString named(int index, const contracts::CassetteExchange &exchange)
 {
     return QStringLiteral("%1 %2 %3").arg(index + 1).arg(exchange.method, exchange.path);
+}
+
+// The recorded answer's headers worth sending again: not the content type,
+// which the reply carries itself; not those the server sets for this answer
+// and this connection; not those that held a secret the cassette does not.
+QList<QPair<QByteArray, QByteArray>> repeatable(const contracts::CassetteExchange::Headers &recorded)
+{
+    static const QStringList serverSet{QStringLiteral("Content-Type"), QStringLiteral("Content-Length"),
+                                       QStringLiteral("Transfer-Encoding"), QStringLiteral("Connection"),
+                                       QStringLiteral("Keep-Alive"), QStringLiteral("Date"),
+                                       QStringLiteral("Trailer"), QStringLiteral("Upgrade")};
+    QList<QPair<QByteArray, QByteArray>> headers;
+    for (const auto &[name, value] : recorded) {
+        if (!serverSet.contains(name, Qt::CaseInsensitive) && !contracts::PlaceholderMap::holdsPlaceholder(value))
+            headers.append({name.toLatin1(), value.toUtf8()});
+    }
+    return headers;
 }
 
 } // namespace
@@ -55,6 +74,7 @@ CassettePlayer::Answer CassettePlayer::answer(const Exchange &exchange)
         const QString type = contracts::CassetteExchange::header(recorded.responseHeaders, QStringLiteral("Content-Type"))
                                  .value_or(QStringLiteral("application/json"));
         answer.reply = Reply(recorded.status, recorded.responseBody, type.toLatin1());
+        answer.reply->setHeaders(repeatable(recorded.responseHeaders));
     }
     return answer;
 }

@@ -68,21 +68,31 @@ QByteArray Reply::contentType() const
     return m_contentType;
 }
 
+void Reply::setHeaders(const QList<QPair<QByteArray, QByteArray>> &headers)
+{
+    m_headers = headers;
+}
+
 Reply Reply::truncated() const
 {
-    return Reply(m_status, m_body.left(m_body.size() / 2), m_contentType);
+    Reply reply = *this;
+    reply.m_body = m_body.left(m_body.size() / 2);
+    return reply;
 }
 
 Reply Reply::malformed() const
 {
-    QByteArray body = m_body.isEmpty() ? QByteArrayLiteral("{}") : m_body;
-    body.insert(1, ',');
-    return Reply(m_status, body, m_contentType);
+    Reply reply = *this;
+    reply.m_body = m_body.isEmpty() ? QByteArrayLiteral("{}") : m_body;
+    reply.m_body.insert(1, ',');
+    return reply;
 }
 
 Reply Reply::emptied() const
 {
-    return Reply(m_status, QByteArray(), m_contentType);
+    Reply reply = *this;
+    reply.m_body.clear();
+    return reply;
 }
 
 QByteArray Reply::httpDate(const QDateTime &time)
@@ -101,6 +111,8 @@ QByteArray Reply::toHttp(bool keepAlive, const QDateTime &date) const
     bytes += "Content-Length: " + QByteArray::number(m_body.size()) + "\r\n";
     bytes += keepAlive ? QByteArrayLiteral("Connection: Keep-Alive\r\n")
                        : QByteArrayLiteral("Connection: close\r\n");
+    for (const auto &[name, value] : m_headers)
+        bytes += name + ": " + value + "\r\n";
     bytes += "\r\n";
     bytes += m_body;
     return bytes;

@@ -4,6 +4,8 @@
 #include <QDateTime>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QList>
+#include <QPair>
 #include <QString>
 
 namespace tessaro::emulator {
@@ -22,6 +24,10 @@ public:
     static Reply json(int status, const QJsonArray &array);
     /// {"message": text}, the service's usual error form.
     static Reply message(int status, const QString &text);
+
+    /// Headers sent as they stand after the server's own (Date, Content-Type,
+    /// Content-Length, Connection); a replayed answer's recorded ones.
+    void setHeaders(const QList<QPair<QByteArray, QByteArray>> &headers);
 
     int status() const;
     QByteArray body() const;
@@ -45,6 +51,7 @@ private:
     int m_status = 200;
     QByteArray m_body;
     QByteArray m_contentType = QByteArrayLiteral("application/json");
+    QList<QPair<QByteArray, QByteArray>> m_headers;
 };
 
 } // namespace tessaro::emulator

@@ -94,11 +94,54 @@ size_t appendBody(char *data, size_t size, size_t count, void *target)
     return size * count;
 }
 
+// The answer's header lines, status line first, up to their bounds: a peer
+// that sends headers without end must not hold the till either.
+struct ReceivedHeaders
+{
+    static constexpr qsizetype maxBytes = qsizetype(64) * 1024;
+    static constexpr qsizetype maxCount = 200;
+
+    QByteArrayList lines;
+    qsizetype bytes = 0;
+    bool tooLarge = false;
+    bool tooMany = false;
+
+    /// The headers after the status line, split into names and values.
+    http::Response::Headers headers() const;
+};
+
+http::Response::Headers ReceivedHeaders::headers() const
+{
+    http::Response::Headers headers;
+    for (qsizetype i = 1; i < lines.size(); ++i) {
+        const QByteArray &line = lines.at(i);
+        const qsizetype colon = line.indexOf(':');
+        if (colon > 0)
+            headers.append({line.left(colon).trimmed(), line.mid(colon + 1).trimmed()});
+    }
+    return headers;
+}
+
 size_t appendHeader(char *data, size_t size, size_t count, void *target)
 {
+    auto *received = static_cast<ReceivedHeaders *>(target);
     const QByteArray line = QByteArray(data, qsizetype(size * count)).trimmed();
+    // Each status line begins an answer: only the final one's headers count,
+    // not those of a "100 Continue" before it.
+    if (line.startsWith("HTTP/")) {
+        received->lines.clear();
+        received->bytes = 0;
+    }
+    received->bytes += qsizetype(size * count);
+    if (received->bytes > ReceivedHeaders::maxBytes)
+        received->tooLarge = true;
+    else if (!line.isEmpty() && received->lines.size() > ReceivedHeaders::maxCount)
+        received->tooMany = true;
+    // A count other than the one given ends the transfer at once.
+    if (received->tooLarge || received->tooMany)
+        return 0;
     if (!line.isEmpty())
-        static_cast<QByteArrayList *>(target)->append(line);
+        received->lines.append(line);
     return size * count;
 }
 
@@ -210,7 +253,7 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
     const QByteArray target = url.toEncoded();
     const HeaderList lines = headerList(headers);
     Received received(maxAnswerSize);
-    QByteArrayList receivedHeaders;
+    ReceivedHeaders receivedHeaders;
     Attempts attempts;
     if (verb == Verb::Get || repeatable)
         attempts.allowed = 2;
@@ -253,11 +296,19 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
         qstrncpy(error.data(), tooLarge.constData(), error.size());
         received.body.clear();
     }
+    if (receivedHeaders.tooLarge || receivedHeaders.tooMany) {
+        const QByteArray tooLarge = receivedHeaders.tooLarge
+                ? "the answer's headers are larger than " + QByteArray::number(ReceivedHeaders::maxBytes) + " bytes; it is dropped"
+                : "the answer has more than " + QByteArray::number(ReceivedHeaders::maxCount) + " headers; it is dropped";
+        qstrncpy(error.data(), tooLarge.constData(), error.size());
+    }
     const qint64 elapsed = clock.elapsed();
     long status = 0;
     curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
 
     last = response(url, result, status, received.body);
+    if (!last.isNetworkError())
+        last.setHeaders(receivedHeaders.headers());
     if (logger) {
         const QString method = verb == Verb::Post ? QStringLiteral("POST") : QStringLiteral("GET");
         const QString outcome = last.isNetworkError()
@@ -266,7 +317,7 @@ bool RestClient::Private::exchange(Verb verb, const QUrl &url, const QByteArray 
         // One arg() call: a "%2F" in the URL must not take the place of a later argument.
         logger->info(QStringLiteral("%1 %2: %3, %4 ms")
                              .arg(method, loggedUrl(url), outcome, QString::number(elapsed)));
-        logResponse(receivedHeaders, received.body);
+        logResponse(receivedHeaders.lines, received.body);
     }
     return last.errorCode() == 0;
 }

@@ -37,6 +37,10 @@ void CassetteRecorder::record(const QString &method, const QUrl &url, const Rest
     exchange.status = response.httpCode();
     exchange.networkError = response.isNetworkError();
     exchange.responseBody = response.body();
+    for (const auto &[name, value] : response.headers()) {
+        const QString text = QString::fromLatin1(name);
+        exchange.responseHeaders.append({text, learnAnswerHeader(text, QString::fromUtf8(value))});
+    }
     exchange.durationMs = durationMs;
     exchange.action = action;
     learnForm(exchange.query);
@@ -55,6 +59,8 @@ Cassette CassetteRecorder::cassette() const
         exchange.query = m_placeholders.apply(exchange.query);
         for (auto &header : exchange.requestHeaders)
             header.second = m_placeholders.apply(header.second);
+        for (auto &header : exchange.responseHeaders)
+            header.second = m_placeholders.apply(header.second);
         exchange.requestBody = m_placeholders.apply(exchange.requestBody);
         exchange.responseBody = m_placeholders.apply(exchange.responseBody);
         cassette.exchanges.append(exchange);
@@ -67,20 +73,48 @@ bool CassetteRecorder::write(const QString &path, QString *error) const
     return tessaro::contracts::CassetteFile::write(cassette(), path, error);
 }
 
-void CassetteRecorder::learnHeader(const QString &name, const QString &value)
+QStringList CassetteRecorder::secretsOf(const QString &name, const QString &value) const
 {
     if (!m_mask.isSecretHeader(name))
-        return;
+        return {};
+    if (name.endsWith(QLatin1String("Cookie"), Qt::CaseInsensitive)) {
+        // "a=1; b=2" sent, "a=1; Path=/; HttpOnly" received: the attributes
+        // after the first pair of an answer's cookie are no secret.
+        QStringList pairs = value.split(QLatin1Char(';'), Qt::SkipEmptyParts);
+        if (name.startsWith(QLatin1String("Set-"), Qt::CaseInsensitive))
+            pairs = pairs.mid(0, 1);
+        QStringList secrets;
+        for (const QString &pair : std::as_const(pairs)) {
+            const qsizetype equals = pair.indexOf(QLatin1Char('='));
+            secrets << pair.mid(equals + 1).trimmed();
+        }
+        return secrets;
+    }
     // A gateway signature: the key named in it identifies, the signature is the secret.
     static const QRegularExpression signature(QStringLiteral("Signature=([^,\\s]+)"));
     const QRegularExpressionMatch signatureMatch = signature.match(value);
-    if (signatureMatch.hasMatch()) {
-        m_placeholders.add(signatureMatch.captured(1));
-        return;
-    }
+    if (signatureMatch.hasMatch())
+        return {signatureMatch.captured(1)};
     // "Basic …", "Bearer …": the credentials after the scheme.
     const qsizetype blank = value.indexOf(QLatin1Char(' '));
-    m_placeholders.add(blank > 0 ? value.mid(blank + 1).trimmed() : value);
+    return {blank > 0 ? value.mid(blank + 1).trimmed() : value};
+}
+
+void CassetteRecorder::learnHeader(const QString &name, const QString &value)
+{
+    for (const QString &secret : secretsOf(name, value))
+        m_placeholders.add(secret);
+}
+
+QString CassetteRecorder::learnAnswerHeader(const QString &name, const QString &value)
+{
+    QString kept = value;
+    for (const QString &secret : secretsOf(name, value)) {
+        if (!secret.isEmpty() && m_placeholders.add(secret).isEmpty()
+                && !tessaro::contracts::PlaceholderMap::holdsPlaceholder(secret))
+            kept.replace(kept.indexOf(secret), secret.size(), QStringLiteral("***"));
+    }
+    return kept;
 }
 
 void CassetteRecorder::learnFields(const QJsonValue &value)

@@ -35,7 +35,13 @@ public:
     bool write(const QString &path, QString *error) const;
 
 private:
+    /// The secret parts of a header's value: credentials after the scheme,
+    /// a gateway's signature, cookie values; none when the header is not secret.
+    QStringList secretsOf(const QString &name, const QString &value) const;
     void learnHeader(const QString &name, const QString &value);
+    /// \a value with its secrets learnt; a secret too short for a placeholder
+    /// is hidden right away.
+    QString learnAnswerHeader(const QString &name, const QString &value);
     void learnFields(const QJsonValue &value);
     void learnForm(const QString &text);
     void learnBody(const QByteArray &body);

@@ -189,7 +189,11 @@ QString ContractCommand::verify(const CassetteExchange &recorded, RestClient *cl
     }
     bindPlaceholders(jsonOf(recorded.responseBody), jsonOf(answer.body()), &m_secrets);
     const tessaro::contracts::ContractComparer comparer(m_rules);
-    const auto differences = comparer.compare(recorded.status, recorded.responseBody, answer.httpCode(), answer.body());
+    auto differences = comparer.compare(recorded.status, recorded.responseBody, answer.httpCode(), answer.body());
+    CassetteExchange::Headers answerHeaders;
+    for (const auto &[name, value] : answer.headers())
+        answerHeaders.append({QString::fromLatin1(name), QString::fromUtf8(value)});
+    differences += comparer.compareHeaders(recorded.responseHeaders, answerHeaders);
     *drifted = !differences.isEmpty();
     if (!*drifted)
         return QStringLiteral("same");

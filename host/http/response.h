@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QList>
+#include <QPair>
 #include <QUrl>
 
 namespace http {
@@ -13,6 +15,9 @@ namespace http {
 class Response
 {
 public:
+    /// Header name and value as received, in the order of arrival.
+    using Headers = QList<QPair<QByteArray, QByteArray>>;
+
     Response() = default;
 
     /// The body parsed as a JSON object (empty when it is not one).
@@ -29,6 +34,10 @@ public:
     tr::Tr errorText() const { return m_errorText; }
     QByteArray body() const { return m_body; }
     QUrl url() const { return m_url; }
+    /// The headers of the final answer (not of an interim "100 Continue"),
+    /// repeated names kept apart; empty when no answer arrived. An addition
+    /// of this stand-in for the till's recorder: the plug-in does not read it.
+    Headers headers() const { return m_headers; }
 
     /// No HTTP answer at all: refused, reset, closed, timed out, unresolved.
     bool isNetworkError() const { return m_networkError; }
@@ -39,6 +48,7 @@ public:
     void setHttpCode(int code) { m_httpCode = code; }
     void setError(int code, const tr::Tr &text) { m_errorCode = code; m_errorText = text; }
     void setNetworkError(bool failed) { m_networkError = failed; }
+    void setHeaders(const Headers &headers) { m_headers = headers; }
 
 private:
     QJsonObject m_object;
@@ -48,6 +58,7 @@ private:
     tr::Tr m_errorText;
     QByteArray m_body;
     QUrl m_url;
+    Headers m_headers;
     bool m_networkError = false;
 };
 

@@ -13,6 +13,8 @@ class TestContractComparer : public QObject
 private slots:
     void compare_data();
     void compare();
+    void compareHeaders_data();
+    void compareHeaders();
 };
 
 namespace {
@@ -60,6 +62,35 @@ void TestContractComparer::compare()
     const ContractComparer comparer(DriftRules(vary, {}));
     QStringList found;
     for (const ContractComparer::Difference &difference : comparer.compare(200, recordedAnswer, status, body))
+        found << difference.path + QStringLiteral(": ") + difference.text;
+    QCOMPARE(found, differences);
+}
+
+void TestContractComparer::compareHeaders_data()
+{
+    using Headers = CassetteExchange::Headers;
+    QTest::addColumn<Headers>("recorded");
+    QTest::addColumn<Headers>("received");
+    QTest::addColumn<QStringList>("differences");
+    const QString type = QStringLiteral("Content-Type");
+    const Headers json{{type, QStringLiteral("application/json; charset=utf-8")}, {QStringLiteral("X-Request-Id"), QStringLiteral("r-1")}};
+    QTest::newRow("parameters and case differ, other headers too")
+        << json << Headers{{QStringLiteral("content-type"), QStringLiteral("Application/JSON")}, {QStringLiteral("X-Request-Id"), QStringLiteral("r-2")}}
+        << QStringList();
+    QTest::newRow("media type changed") << json << Headers{{type, QStringLiteral("text/html; charset=iso-8859-1")}}
+                                        << QStringList{QStringLiteral("header content-type: application/json → text/html")};
+    QTest::newRow("none any more") << json << Headers() << QStringList{QStringLiteral("header content-type: application/json → none")};
+    // A cassette recorded without the answer's headers says nothing of them.
+    QTest::newRow("none recorded") << Headers() << Headers{{type, QStringLiteral("text/html")}} << QStringList();
+}
+
+void TestContractComparer::compareHeaders()
+{
+    QFETCH(CassetteExchange::Headers, recorded);
+    QFETCH(CassetteExchange::Headers, received);
+    QFETCH(QStringList, differences);
+    QStringList found;
+    for (const ContractComparer::Difference &difference : ContractComparer().compareHeaders(recorded, received))
         found << difference.path + QStringLiteral(": ") + difference.text;
     QCOMPARE(found, differences);
 }

@@ -27,6 +27,17 @@ bool CurlResult::answered() const
     return error == CURLE_OK && status > 0;
 }
 
+QByteArrayList CurlResult::headers(const QByteArray &name) const
+{
+    QByteArrayList values;
+    for (const QByteArray &line : head.split('\n')) {
+        const qsizetype colon = line.indexOf(':');
+        if (colon > 0 && line.left(colon).trimmed().compare(name, Qt::CaseInsensitive) == 0)
+            values << line.mid(colon + 1).trimmed();
+    }
+    return values;
+}
+
 CurlClient::CurlClient()
     : m_curl(curl_easy_init())
 {
@@ -63,6 +74,8 @@ CurlResult CurlClient::send(const QByteArray &method, const QUrl &url, const QBy
     curl_easy_setopt(m_curl, CURLOPT_TIMEOUT_MS, m_timeoutMs);
     curl_easy_setopt(m_curl, CURLOPT_WRITEFUNCTION, collect);
     curl_easy_setopt(m_curl, CURLOPT_WRITEDATA, &result.body);
+    curl_easy_setopt(m_curl, CURLOPT_HEADERFUNCTION, collect);
+    curl_easy_setopt(m_curl, CURLOPT_HEADERDATA, &result.head);
     if (method == "POST") {
         curl_easy_setopt(m_curl, CURLOPT_POST, 1L);
         curl_easy_setopt(m_curl, CURLOPT_POSTFIELDS, body.constData());

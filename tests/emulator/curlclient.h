@@ -16,10 +16,14 @@ public:
     QJsonArray array() const;
     /// Whether an HTTP answer arrived at all.
     bool answered() const;
+    /// The values of the answer's headers named \a name (case-insensitive), in order.
+    QByteArrayList headers(const QByteArray &name) const;
 
     CURLcode error = CURLE_OK;
     long status = 0;
     QByteArray body;
+    /// The answer's header lines as received, status line first.
+    QByteArray head;
 };
 
 /// A blocking HTTP client for the emulator's tests, written on libcurl like

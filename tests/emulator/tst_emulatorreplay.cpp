@@ -21,6 +21,7 @@ private slots:
     void answersRecordedRequests();
     void unmatchedRequestIsAServiceError();
     void recordedFailureClosesTheConnection();
+    void answersWithRecordedHeaders();
 
 private:
     static Cassette cassette();
@@ -87,6 +88,41 @@ void TestEmulatorReplay::unmatchedRequestIsAServiceError()
 void TestEmulatorReplay::recordedFailureClosesTheConnection()
 {
     QVERIFY(!postAdvice(3).answered());
+}
+
+void TestEmulatorReplay::answersWithRecordedHeaders()
+{
+    CassetteExchange cart;
+    cart.method = QStringLiteral("GET");
+    cart.path = QStringLiteral("/cart/5");
+    cart.status = 200;
+    cart.responseBody = "cart 5";
+    cart.responseHeaders = {{QStringLiteral("Date"), QStringLiteral("Mon, 01 Jan 2024 00:00:00 GMT")},
+                            {QStringLiteral("Content-Type"), QStringLiteral("text/plain; charset=utf-8")},
+                            {QStringLiteral("Content-Length"), QStringLiteral("999")},
+                            {QStringLiteral("Transfer-Encoding"), QStringLiteral("chunked")},
+                            {QStringLiteral("Connection"), QStringLiteral("close")},
+                            {QStringLiteral("Retry-After"), QStringLiteral("5")},
+                            {QStringLiteral("Set-Cookie"), QStringLiteral("session=secret-placeholder-1; Path=/")}};
+    Cassette cassette;
+    cassette.exchanges = {cart};
+    Emulator emulator;
+    emulator.replay(cassette);
+    QVERIFY(emulator.startInThread());
+
+    const CurlResult result = m_client.get(emulator.baseUrl().resolved(QUrl(QStringLiteral("/cart/5"))));
+
+    QCOMPARE(result.body, QByteArray("cart 5"));
+    QCOMPARE(result.headers("Content-Type"), QByteArrayList{"text/plain; charset=utf-8"});
+    QCOMPARE(result.headers("Retry-After"), QByteArrayList{"5"});
+    // What the server itself says of this answer and this connection.
+    QCOMPARE(result.headers("Content-Length"), QByteArrayList{"6"});
+    QVERIFY(result.headers("Transfer-Encoding").isEmpty());
+    QCOMPARE(result.headers("Connection"), QByteArrayList{"Keep-Alive"});
+    QCOMPARE(result.headers("Date").size(), 1);
+    QVERIFY(result.headers("Date").first() != "Mon, 01 Jan 2024 00:00:00 GMT");
+    // A secret the cassette does not hold is not given back.
+    QVERIFY(result.headers("Set-Cookie").isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestEmulatorReplay)

@@ -82,6 +82,11 @@ private slots:
     void answerOverTheBoundIsDropped_data();
     void answerOverTheBoundIsDropped();
     void answerAtTheBoundIsKept();
+    void answerHeadersAreKept();
+    void interimAnswerHeadersAreNotKept();
+    void headersOverTheBoundAreDropped_data();
+    void headersOverTheBoundAreDropped();
+    void headersAtTheBoundAreKept();
     void boundComesFromTheConfiguration_data();
     void boundComesFromTheConfiguration();
     void clientMadeWithoutConfigurationMakesNone();
@@ -385,6 +390,82 @@ void TestRestClient::answerAtTheBoundIsKept()
     QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
 
     QCOMPARE(m_client->lastResponse().body(), body);
+}
+
+void TestRestClient::answerHeadersAreKept()
+{
+    m_server->enqueue(Answer::reply(404, R"({"message":"no cart"})",
+                                    {{"Content-Type", "application/json; charset=utf-8"},
+                                     {"X-Request-Id", "r-17"},
+                                     {"Set-Cookie", "a=1"},
+                                     {"set-cookie", "b=2"}}));
+
+    QVERIFY(!m_client->get(m_server->url(QStringLiteral("/cart/9")), {}, {}));
+
+    const http::Response::Headers headers = m_client->lastResponse().headers();
+    const http::Response::Headers expected{{"Content-Type", "application/json; charset=utf-8"},
+                                           {"X-Request-Id", "r-17"},
+                                           {"Set-Cookie", "a=1"},
+                                           {"set-cookie", "b=2"},
+                                           {"Content-Length", "21"}};
+    QCOMPARE(headers, expected);
+
+    // No answer, no headers: nothing is left from the exchange before.
+    m_server->enqueue(Answer::close());
+    QVERIFY(!m_client->post(m_server->url(), parsed("{}"), {}));
+    QVERIFY(m_client->lastResponse().headers().isEmpty());
+}
+
+void TestRestClient::interimAnswerHeadersAreNotKept()
+{
+    // A "100 Continue" with a header of its own, then the final answer, in one script.
+    m_server->enqueue(Answer::reply(100, "{}", {{"X-Interim", "1\r\n\r\nHTTP/1.1 200 OK\r\nX-Final: 1"}}));
+
+    QVERIFY(m_client->post(m_server->url(), parsed("{}"), {}));
+
+    const http::Response::Headers expected{{"X-Final", "1"}, {"Content-Length", "2"}};
+    QCOMPARE(m_client->lastResponse().headers(), expected);
+}
+
+void TestRestClient::headersOverTheBoundAreDropped_data()
+{
+    QTest::addColumn<Answer>("answer");
+    QTest::addColumn<QString>("detail");
+    QTest::newRow("too large") << Answer::reply(200, "{}", {{"X-Padding", QByteArray(64 * 1024, 'p')}})
+                               << QStringLiteral("the answer's headers are larger than 65536 bytes; it is dropped");
+    ScriptedHttpServer::HeaderList many;
+    for (int i = 0; i < 300; ++i)
+        many.append({"X-Item-" + QByteArray::number(i), "1"});
+    QTest::newRow("too many") << Answer::reply(200, "{}", many)
+                              << QStringLiteral("the answer has more than 200 headers; it is dropped");
+}
+
+void TestRestClient::headersAtTheBoundAreKept()
+{
+    ScriptedHttpServer::HeaderList many;
+    // With the Content-Length the server adds: 200 in all.
+    for (int i = 0; i < 199; ++i)
+        many.append({"X-Item-" + QByteArray::number(i), "1"});
+    m_server->enqueue(Answer::reply(200, "{}", many));
+
+    QVERIFY(m_client->get(m_server->url(), {}, {}));
+
+    QCOMPARE(m_client->lastResponse().headers().size(), 200);
+}
+
+void TestRestClient::headersOverTheBoundAreDropped()
+{
+    QFETCH(Answer, answer);
+    QFETCH(QString, detail);
+    m_server->enqueue(answer);
+
+    QVERIFY(!m_client->get(m_server->url(), {}, {}));
+
+    const http::Response response = m_client->lastResponse();
+    QVERIFY(response.isNetworkError());
+    QCOMPARE(response.errorText().text(), QStringLiteral("Ошибка при обращении к %1: %2").arg(alias, detail));
+    QVERIFY(response.headers().isEmpty());
+    QVERIFY(response.body().isEmpty());
 }
 
 void TestRestClient::boundComesFromTheConfiguration_data()

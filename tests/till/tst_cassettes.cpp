@@ -110,6 +110,8 @@ void TestCassettes::commandLine()
     QVERIFY2(cassette, qPrintable(error));
     QCOMPARE(cassette->exchanges.at(1).path, QStringLiteral("/advicenote"));
     QCOMPARE(cassette->exchanges.at(1).action, QStringLiteral("the advice note goes to the service (close the document)"));
+    QCOMPARE(tessaro::contracts::CassetteExchange::header(cassette->exchanges.at(1).responseHeaders, QStringLiteral("Content-Type")),
+             QStringLiteral("application/json"));
     QCOMPARE(cassette->serviceUrl, service.baseUrl().toString());
     QVERIFY(!cassette->pluginVersion.isEmpty());
 
@@ -286,6 +288,8 @@ void TestCassettes::driftReport_data()
     QTest::newRow("status") << "status" << true << 1 << "  2 POST /advicenote  drifted: status: 201 → 200";
     QTest::newRow("key dropped") << "drop" << true << 1 << "  2 POST /advicenote  drifted: Key4: new";
     QTest::newRow("type") << "type" << true << 1 << "  2 POST /advicenote  drifted: invoiceID: type number → string";
+    QTest::newRow("content type") << "type header" << true << 1 << "  2 POST /advicenote  drifted: header content-type: text/plain → application/json";
+    QTest::newRow("content type parameters") << "charset" << true << 0 << "  2 POST /advicenote  same";
     QTest::newRow("uuid, rules") << "uuid" << true << 0 << "  2 POST /advicenote  same";
     QTest::newRow("uuid, no rules") << "uuid" << false << 1 << "  2 POST /advicenote  drifted: uuid: value \"00000000-0000-0000-0000-000000000000\" → \"";
 }
@@ -307,13 +311,17 @@ void TestCassettes::driftReport()
         body.remove(QStringLiteral("Key4"));
     else if (edit == QLatin1String("type"))
         body.insert(QStringLiteral("invoiceID"), 12000001);
+    else if (edit == QLatin1String("type header"))
+        answer.insert(QStringLiteral("headers"), QJsonArray{QJsonArray{QStringLiteral("Content-Type"), QStringLiteral("text/plain")}});
+    else if (edit == QLatin1String("charset"))
+        answer.insert(QStringLiteral("headers"), QJsonArray{QJsonArray{QStringLiteral("content-type"), QStringLiteral("application/json; charset=UTF-8")}});
     else
         body.insert(QStringLiteral("uuid"), QStringLiteral("00000000-0000-0000-0000-000000000000"));
     answer.insert(QStringLiteral("body"), body);
     advice.insert(QStringLiteral("answer"), answer);
     exchanges[1] = advice;
     json.insert(QStringLiteral("exchanges"), exchanges);
-    const QString file = write(QStringLiteral("drift-%1.json").arg(edit), QJsonDocument(json).toJson());
+    const QString file = write(QStringLiteral("drift-%1.json").arg(edit).replace(QLatin1Char(' '), QLatin1Char('-')), QJsonDocument(json).toJson());
 
     QStringList arguments{QStringLiteral("contract"), file};
     if (withRules)

@@ -23,6 +23,8 @@ private slots:
     void replays();
     void emulatorKeepsTheContract_data() { replays_data(); }
     void emulatorKeepsTheContract();
+    void answersKeepTheirHeaders_data() { replays_data(); }
+    void answersKeepTheirHeaders();
 
 private:
     static QDir folder() { return QDir(QStringLiteral(TESSARO_CASSETTE_DIR)); }
@@ -77,6 +79,20 @@ void TestCommittedCassettes::emulatorKeepsTheContract()
     out.flush();
     QVERIFY2(code == ContractCommand::Same, qPrintable(output));
     QVERIFY2(output.contains(QStringLiteral(" 0 drifted, 0 skipped")), qPrintable(output));
+}
+
+void TestCommittedCassettes::answersKeepTheirHeaders()
+{
+    QFETCH(QString, file);
+    QString error;
+    const auto cassette = tessaro::contracts::CassetteFile::read(file, &error);
+    QVERIFY2(cassette, qPrintable(error));
+    for (const tessaro::contracts::CassetteExchange &exchange : cassette->exchanges) {
+        if (exchange.networkError)
+            continue;
+        const auto type = tessaro::contracts::CassetteExchange::header(exchange.responseHeaders, QStringLiteral("Content-Type"));
+        QVERIFY2(type && type->startsWith(QLatin1String("application/json")), qPrintable(exchange.method + QLatin1Char(' ') + exchange.path));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestCommittedCassettes)
