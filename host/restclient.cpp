@@ -25,10 +25,6 @@ constexpr qsizetype loggedBodyLimit = qsizetype(16) * 1024;
 constexpr int defaultTimeout = 30000;
 // Until setLongestTimeout() says otherwise, no exchange takes longer.
 constexpr int defaultLongestTimeout = 120000;
-// Until the configuration or setMaxAnswerSize() says otherwise, no answer is
-// larger: the service's answers are a few kilobytes, and a till that takes in
-// hundreds of megabytes runs out of time and memory.
-constexpr qint64 defaultMaxAnswerSize = qint64(8) * 1024 * 1024;
 
 using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
 using EasyHandle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
@@ -203,7 +199,7 @@ struct RestClient::Private
     QString targetAlias;
     int timeout = defaultTimeout;
     int longestTimeout = defaultLongestTimeout;
-    qint64 maxAnswerSize = defaultMaxAnswerSize;
+    qint64 maxAnswerSize = RestClient::DefaultMaxAnswerSize;
     bool repeatable = false;
     SecretMask mask;
     http::Response last;
@@ -219,7 +215,7 @@ RestClient::Private::Private()
     if (!Singleton<Config>::exists())
         return;
     const qint64 configured = Singleton<Config>::instance()->getLongLong(QStringLiteral("Host:maxAnswerSize"),
-                                                                         defaultMaxAnswerSize);
+                                                                         RestClient::DefaultMaxAnswerSize);
     if (configured > 0)
         maxAnswerSize = configured;
 }
@@ -460,7 +456,7 @@ int RestClient::longestTimeout() const
 
 void RestClient::setMaxAnswerSize(qint64 bytes)
 {
-    d->maxAnswerSize = bytes > 0 ? bytes : defaultMaxAnswerSize;
+    d->maxAnswerSize = bytes > 0 ? bytes : RestClient::DefaultMaxAnswerSize;
 }
 
 qint64 RestClient::maxAnswerSize() const

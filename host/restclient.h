@@ -26,6 +26,11 @@ class RestClient
 public:
     using Headers = QHash<QString, QString>;
 
+    /// The answer bound when "Host:maxAnswerSize" does not set one: 8 MiB. The
+    /// service's answers are a few kilobytes, and a till that takes in
+    /// hundreds of megabytes runs out of time and memory.
+    static constexpr qint64 DefaultMaxAnswerSize = qint64(8) * 1024 * 1024;
+
     RestClient();
     virtual ~RestClient();
     RestClient(const RestClient &) = delete;

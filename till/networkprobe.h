@@ -1,5 +1,7 @@
 #pragma once
 
+#include <restclient.h>
+
 #include <QDateTime>
 #include <QHostAddress>
 #include <QList>
@@ -25,9 +27,9 @@ class CheckReport;
 class NetworkProbe
 {
 public:
-    /// The most any probe of the check reads of one answer; the plug-in's
-    /// transport keeps to the same bound.
-    static constexpr qint64 maxAnswerBytes = 8 * 1024 * 1024;
+    /// The most any probe of the check reads of one answer: the host
+    /// transport's own default bound.
+    static constexpr qint64 maxAnswerBytes = RestClient::DefaultMaxAnswerSize;
 
     struct Outcome
     {
