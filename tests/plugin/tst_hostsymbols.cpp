@@ -106,12 +106,17 @@ void TestHostSymbols::symbolTakenIffListed_data()
         QTest::newRow(qPrintable(symbol)) << symbol;
 }
 
-// A stale entry would tell a porter to map an operation the plug-in no longer calls.
+// A stale entry would tell a porter to map an operation the plug-in no longer
+// calls. The list is that of the optimised build that ships: an unoptimised
+// one calls through the vtable what the optimiser calls by name, so there it
+// need only hold every symbol taken.
 void TestHostSymbols::symbolTakenIffListed()
 {
     QFETCH(QString, symbol);
     QVERIFY2(m_listed.contains(symbol),
              qPrintable(QStringLiteral("the plug-in takes '%1' from the host, but hostsymbols.txt does not list it").arg(symbol)));
+    if (!TESSARO_SHIPPED_BUILD)
+        return;
     QVERIFY2(m_imported.contains(symbol),
              qPrintable(QStringLiteral("hostsymbols.txt lists '%1', which the plug-in no longer takes from the host").arg(symbol)));
 }
