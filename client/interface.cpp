@@ -135,9 +135,9 @@ QList<int> readIntegers(const QString &key)
 } // namespace
 
 Interface::Interface()
+    : url(hostsdk::configString(QStringLiteral("Tessaro:url"), QStringLiteral("http://localhost")), QUrl::TolerantMode)
+    , tokenUrl(hostsdk::configString(QStringLiteral("Tessaro:tokenUrl"), QStringLiteral("http://localhost")), QUrl::TolerantMode)
 {
-    url = QUrl(hostsdk::configString(QStringLiteral("Tessaro:url"), QStringLiteral("http://localhost")), QUrl::TolerantMode);
-    tokenUrl = QUrl(hostsdk::configString(QStringLiteral("Tessaro:tokenUrl"), QStringLiteral("http://localhost")), QUrl::TolerantMode);
     useTokenAuth = hostsdk::configBool(QStringLiteral("Tessaro:useTokenAuth"), true);
     timeout = hostsdk::configLongLong(QStringLiteral("Tessaro:timeout"), 5);
     clientId = hostsdk::configString(QStringLiteral("Tessaro:clientId"));
