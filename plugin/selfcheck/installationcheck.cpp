@@ -3,7 +3,7 @@
 #include "checkplugin.h"
 #include "client/checkclient.h"
 #include "hostsdk/hostadapter.h"
-#include "pluginversion.h"
+#include "plugin/pluginversion.h"
 
 #include <basicexception.h>
 #include <config.h>

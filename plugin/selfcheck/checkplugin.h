@@ -1,6 +1,6 @@
 #pragma once
 
-#include "backplugin.h"
+#include "plugin/backplugin.h"
 
 namespace tessaro {
 
