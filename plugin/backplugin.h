@@ -139,6 +139,10 @@ public:
     virtual void readForbiddenMixedValuts();
     /// Reads the further currencies that a return by sale admits.
     virtual void readAdditionalBackBySaleValuts();
+    /// The currencies that must not be mixed, as last read.
+    QMap<int, QSet<int>> forbiddenMixedCurrencies() const { return forbiddenMixedValuts; }
+    /// The further currencies of a return by sale, as last read.
+    QMap<int, QSet<int>> additionalBackBySaleCurrencies() const { return additionalBackBySaleValuts; }
 
     /// Makes a return document ask for its original invoice before any input.
     EContext::Result beforeInput(const control::Action &action);

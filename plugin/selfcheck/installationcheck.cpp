@@ -1,8 +1,8 @@
 #include "installationcheck.h"
 
-#include "checkplugin.h"
-#include "client/checkclient.h"
+#include "client/interface.h"
 #include "hostsdk/hostadapter.h"
+#include "plugin/backplugin.h"
 #include "plugin/pluginversion.h"
 
 #include <basicexception.h>
@@ -156,7 +156,7 @@ void addExchange(QJsonObject &report, const http::Response &exchange)
         report.insert(QStringLiteral("gatewayError"), body.value(QStringLiteral("error_msg")));
 }
 
-QJsonObject receiptNumber(const CheckClient &client, int currency)
+QJsonObject receiptNumber(const Interface &client, int currency)
 {
     const QString section = QStringLiteral("Tessaro.ReceiptNumber.%1").arg(currency);
     const QString maskKey = section + QStringLiteral(":mask");
@@ -193,7 +193,7 @@ InstallationCheck::InstallationCheck(const QJsonObject &options)
 
 QJsonObject InstallationCheck::run() const
 {
-    CheckClient client;
+    Interface client;
     // Read before the check bounds the time-out: the transport's own as the plug-in runs it.
     const QJsonArray read = settings(client);
     if (client.timeoutSeconds() <= 0)
@@ -209,30 +209,31 @@ QJsonObject InstallationCheck::run() const
             {QStringLiteral("request"), request(client, tokenMissing)}};
 }
 
-QJsonArray InstallationCheck::settings(const CheckClient &client)
+QJsonArray InstallationCheck::settings(const Interface &client)
 {
+    const ClientSettings read = client.settings();
     const auto text = [](const QString &key, const QString &fallback = QString()) {
         return hostsdk::configString(key, fallback);
     };
     QJsonObject authorization = secretSetting(QStringLiteral("Tessaro:authorizationHeader"));
-    authorization.insert(QStringLiteral("scheme"), client.authorizationScheme());
+    authorization.insert(QStringLiteral("scheme"), read.authorizationScheme);
     return {
-        urlSetting(QStringLiteral("Tessaro:url"), client.serviceUrl()),
-        urlSetting(QStringLiteral("Tessaro:tokenUrl"), client.tokenServiceUrl()),
-        plainSetting(QStringLiteral("Tessaro:useTokenAuth"), client.usesTokenAuth()),
-        plainSetting(QStringLiteral("Tessaro:clientId"), client.clientIdentifier()),
-        plainSetting(QStringLiteral("Tessaro:realmId"), client.realmIdentifier()),
+        urlSetting(QStringLiteral("Tessaro:url"), read.url),
+        urlSetting(QStringLiteral("Tessaro:tokenUrl"), read.tokenUrl),
+        plainSetting(QStringLiteral("Tessaro:useTokenAuth"), read.useTokenAuth),
+        plainSetting(QStringLiteral("Tessaro:clientId"), read.clientId),
+        plainSetting(QStringLiteral("Tessaro:realmId"), read.realmId),
         authorization,
-        timeoutSetting(client),
-        plainSetting(QStringLiteral("Tessaro:validationCouponMask"), client.couponMask()),
+        timeoutSetting(read),
+        plainSetting(QStringLiteral("Tessaro:validationCouponMask"), read.couponMask),
         plainSetting(QStringLiteral("Tessaro:validationCoupon"), client.validatesCoupons()),
         plainSetting(QStringLiteral("Tessaro:onlineCheckEanReasonCode"), client.getOnlineCheckEanReasonCode()),
         plainSetting(QStringLiteral("Tessaro:typeTill"), client.tillType()),
         plainSetting(QStringLiteral("Tessaro:nameTypeTill"), client.tillTypeName()),
         plainSetting(QStringLiteral("Tessaro:hostName"), client.tillHostName()),
-        plainSetting(QStringLiteral("Tessaro:operationIdAsCardNumber"), toJson(client.cardNumberPaymentCodes())),
-        plainSetting(QStringLiteral("Tessaro:operationIdAsEFTApprovalCode"), toJson(client.approvalCodePaymentCodes())),
-        plainSetting(QStringLiteral("OrvelGate:tessaro"), hostsdk::configBool(QStringLiteral("OrvelGate:tessaro"), false)),
+        plainSetting(QStringLiteral("Tessaro:operationIdAsCardNumber"), toJson(read.cardNumberPaymentCodes)),
+        plainSetting(QStringLiteral("Tessaro:operationIdAsEFTApprovalCode"), toJson(read.approvalCodePaymentCodes)),
+        plainSetting(QStringLiteral("OrvelGate:tessaro"), read.gateway),
         secretSetting(QStringLiteral("OrvelGate:appKey")),
         secretSetting(QStringLiteral("OrvelGate:appSecret")),
         plainSetting(QStringLiteral("OrvelGate:xStage"), text(QStringLiteral("OrvelGate:xStage"), QStringLiteral("PreProd"))),
@@ -243,7 +244,7 @@ QJsonArray InstallationCheck::settings(const CheckClient &client)
     };
 }
 
-QJsonArray InstallationCheck::sections(const CheckClient &client)
+QJsonArray InstallationCheck::sections(const Interface &client)
 {
     const std::function<QJsonValue(const int &)> code = [](const int &value) { return QJsonValue(value); };
     const std::function<QJsonValue(const QStringList &)> texts = [](const QStringList &value) {
@@ -252,7 +253,11 @@ QJsonArray InstallationCheck::sections(const CheckClient &client)
     const std::function<QJsonValue(const QSet<int> &)> codes = [](const QSet<int> &value) {
         return QJsonValue(toJson(value));
     };
-    const CheckPlugin plugin;
+    // A plug-in object that is never initialised nor handed to a host: only
+    // its currency lists read by its own readers, as init() reads them.
+    BackPlugin plugin;
+    plugin.readForbiddenMixedValuts();
+    plugin.readAdditionalBackBySaleValuts();
     return {
         section(QStringLiteral("Tessaro.PaymentCodes"), mapToJson(client.paymentCodeMap(), code), isInteger),
         section(QStringLiteral("Tessaro.VatCodes"), mapToJson(client.vatCodeMap(), code), isInteger),
@@ -266,16 +271,16 @@ QJsonArray InstallationCheck::sections(const CheckClient &client)
     };
 }
 
-QJsonObject InstallationCheck::timeoutSetting(const CheckClient &client)
+QJsonObject InstallationCheck::timeoutSetting(const ClientSettings &client)
 {
-    QJsonObject setting = plainSetting(QStringLiteral("Tessaro:timeout"), client.timeoutSeconds());
+    QJsonObject setting = plainSetting(QStringLiteral("Tessaro:timeout"), client.timeoutSeconds);
     // The transport replaces a time-out that is not positive or too long by its cap.
-    setting.insert(QStringLiteral("transportMs"), client.transportTimeoutMs());
-    setting.insert(QStringLiteral("longestMs"), client.longestTransportTimeoutMs());
+    setting.insert(QStringLiteral("transportMs"), client.transportTimeoutMs);
+    setting.insert(QStringLiteral("longestMs"), client.longestTransportTimeoutMs);
     return setting;
 }
 
-QJsonArray InstallationCheck::currencies(const CheckClient &client) const
+QJsonArray InstallationCheck::currencies(const Interface &client) const
 {
     QJsonArray report;
     const QJsonArray codes = m_options.value(QStringLiteral("currencies")).toArray();
@@ -288,7 +293,7 @@ QJsonArray InstallationCheck::currencies(const CheckClient &client) const
     return report;
 }
 
-QJsonObject InstallationCheck::token(CheckClient &client) const
+QJsonObject InstallationCheck::token(Interface &client) const
 {
     QJsonObject report{{QStringLiteral("used"), client.usesTokenAuth()}};
     if (!client.usesTokenAuth() || !m_options.value(QStringLiteral("token")).toBool(true))
@@ -312,9 +317,9 @@ QJsonObject InstallationCheck::token(CheckClient &client) const
     return report;
 }
 
-QJsonObject InstallationCheck::signing(const CheckClient &client)
+QJsonObject InstallationCheck::signing(const Interface &client)
 {
-    const bool on = hostsdk::configBool(QStringLiteral("OrvelGate:tessaro"), false);
+    const bool on = client.settings().gateway;
     QJsonObject report{{QStringLiteral("on"), on}};
     if (!on)
         return report;
@@ -335,7 +340,7 @@ QJsonObject InstallationCheck::signing(const CheckClient &client)
     return report;
 }
 
-QJsonObject InstallationCheck::request(CheckClient &client, bool tokenMissing) const
+QJsonObject InstallationCheck::request(Interface &client, bool tokenMissing) const
 {
     // No cart is ever named like this, so the answer cannot be anybody's data.
     const QString id = QStringLiteral("installation-check-") + QUuid::createUuid().toString(QUuid::Id128);
