@@ -4,6 +4,7 @@
 #include "hostsdk/hostadapter.h"
 #include "plugin/backplugin.h"
 #include "plugin/pluginversion.h"
+#include "selfcheckprotocol.h"
 
 #include <basicexception.h>
 #include <config.h>
@@ -197,16 +198,16 @@ QJsonObject InstallationCheck::run() const
     // Read before the check bounds the time-out: the transport's own as the plug-in runs it.
     const QJsonArray read = settings(client);
     if (client.timeoutSeconds() <= 0)
-        client.boundTimeout(m_options.value(QStringLiteral("boundSeconds")).toInt(10));
+        client.boundTimeout(m_options.value(selfcheck::option::BoundSeconds).toInt(10));
     const QJsonObject fetched = token(client);
     const bool tokenMissing = client.usesTokenAuth() && !fetched.value(QStringLiteral("ok")).toBool();
-    return {{QStringLiteral("version"), pluginVersion()},
-            {QStringLiteral("settings"), read},
-            {QStringLiteral("sections"), sections(client)},
-            {QStringLiteral("currencies"), currencies(client)},
-            {QStringLiteral("token"), fetched},
-            {QStringLiteral("signing"), signing(client)},
-            {QStringLiteral("request"), request(client, tokenMissing)}};
+    return {{selfcheck::report::Version, pluginVersion()},
+            {selfcheck::report::Settings, read},
+            {selfcheck::report::Sections, sections(client)},
+            {selfcheck::report::Currencies, currencies(client)},
+            {selfcheck::report::Token, fetched},
+            {selfcheck::report::Signing, signing(client)},
+            {selfcheck::report::Request, request(client, tokenMissing)}};
 }
 
 QJsonArray InstallationCheck::settings(const Interface &client)
@@ -283,7 +284,7 @@ QJsonObject InstallationCheck::timeoutSetting(const ClientSettings &client)
 QJsonArray InstallationCheck::currencies(const Interface &client) const
 {
     QJsonArray report;
-    const QJsonArray codes = m_options.value(QStringLiteral("currencies")).toArray();
+    const QJsonArray codes = m_options.value(selfcheck::option::Currencies).toArray();
     for (const QJsonValue &code : codes) {
         const int currency = code.toInt();
         report.append(QJsonObject{{QStringLiteral("code"), currency},
@@ -296,7 +297,7 @@ QJsonArray InstallationCheck::currencies(const Interface &client) const
 QJsonObject InstallationCheck::token(Interface &client) const
 {
     QJsonObject report{{QStringLiteral("used"), client.usesTokenAuth()}};
-    if (!client.usesTokenAuth() || !m_options.value(QStringLiteral("token")).toBool(true))
+    if (!client.usesTokenAuth() || !m_options.value(selfcheck::option::Token).toBool(true))
         return report;
     QElapsedTimer clock;
     clock.start();
@@ -346,7 +347,7 @@ QJsonObject InstallationCheck::request(Interface &client, bool tokenMissing) con
     const QString id = QStringLiteral("installation-check-") + QUuid::createUuid().toString(QUuid::Id128);
     const QUrl target = client.getUrl(Interface::Messages, id);
     QJsonObject report{{QStringLiteral("path"), target.path()}, {QStringLiteral("url"), shownUrl(target)}};
-    if (!m_options.value(QStringLiteral("request")).toBool(true) || tokenMissing) {
+    if (!m_options.value(selfcheck::option::Request).toBool(true) || tokenMissing) {
         report.insert(QStringLiteral("sent"), false);
         return report;
     }
@@ -381,9 +382,9 @@ void tessaro_check_installation(const char *options, void (*deliver)(const char 
         const QJsonObject given = QJsonDocument::fromJson(QByteArray(options)).object();
         report = tessaro::InstallationCheck(given).run();
     } catch (const std::exception &e) {
-        report = {{QStringLiteral("error"), QString::fromUtf8(e.what())}};
+        report = {{tessaro::selfcheck::report::Error, QString::fromUtf8(e.what())}};
     } catch (...) {
-        report = {{QStringLiteral("error"), QStringLiteral("the check stopped on an unknown failure")}};
+        report = {{tessaro::selfcheck::report::Error, QStringLiteral("the check stopped on an unknown failure")}};
     }
     if (deliver)
         deliver(QJsonDocument(report).toJson(QJsonDocument::Compact).constData(), context);

@@ -61,7 +61,8 @@ private:
 } // namespace tessaro
 
 /// The entry point of an installation check in the plug-in module, found by
-/// name in the library file; a host never calls it. \a options is the JSON
+/// name (tessaro::selfcheck::EntryPoint) in the library file, with the
+/// signature tessaro::selfcheck::Entry; a host never calls it. \a options is the JSON
 /// text of InstallationCheck's options; \a deliver receives the JSON report
 /// (UTF-8, valid only during the call) and \a context. Never throws.
 extern "C" Q_DECL_EXPORT void tessaro_check_installation(const char *options,
