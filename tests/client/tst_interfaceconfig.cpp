@@ -15,6 +15,23 @@
 
 namespace {
 
+// A configuration that sets every plain client setting.
+QString everySetting()
+{
+    return QStringLiteral(
+        "[Tessaro]\n"
+        "url=https://tessaro.example.com/api/v1\n"
+        "tokenUrl=https://auth.example.com/token?scope=till\n"
+        "useTokenAuth=false\n"
+        "clientId=till-012\n"
+        "realmId=store-7\n"
+        "authorizationHeader=Basic dGlsbDpzZWNyZXQ=\n"
+        "timeout=12\n"
+        "validationCouponMask=^(77|88)\\\\d+$\n"
+        "operationIdAsCardNumber=4,9\n"
+        "operationIdAsEFTApprovalCode=6\n");
+}
+
 // The client with the members its constructor fills in view.
 class InspectedInterface : public tessaro::Interface
 {
@@ -157,18 +174,7 @@ void TestInterfaceConfig::defaultsWithoutConfiguration()
 
 void TestInterfaceConfig::everySettingIsRead()
 {
-    TestHost host(QStringLiteral(
-        "[Tessaro]\n"
-        "url=https://tessaro.example.com/api/v1\n"
-        "tokenUrl=https://auth.example.com/token?scope=till\n"
-        "useTokenAuth=false\n"
-        "clientId=till-012\n"
-        "realmId=store-7\n"
-        "authorizationHeader=Basic dGlsbDpzZWNyZXQ=\n"
-        "timeout=12\n"
-        "validationCouponMask=^(77|88)\\\\d+$\n"
-        "operationIdAsCardNumber=4,9\n"
-        "operationIdAsEFTApprovalCode=6\n"));
+    TestHost host(everySetting());
     const InspectedInterface client;
     QCOMPARE(client.serviceUrl(), QUrl(QStringLiteral("https://tessaro.example.com/api/v1")));
     QCOMPARE(client.tokenServiceUrl(), QUrl(QStringLiteral("https://auth.example.com/token?scope=till")));
@@ -264,22 +270,12 @@ void TestInterfaceConfig::couponMaskIsCompiledWithoutOptions()
 
 void TestInterfaceConfig::settingsValueHoldsWhatWasRead()
 {
-    TestHost host(QStringLiteral(
-        "[Tessaro]\n"
-        "url=https://tessaro.example.com/api/v1\n"
-        "tokenUrl=https://auth.example.com/token?scope=till\n"
-        "clientId=till-012\n"
-        "realmId=store-7\n"
-        "authorizationHeader=Basic dGlsbDpzZWNyZXQ=\n"
-        "timeout=12\n"
-        "validationCouponMask=^(77|88)\\\\d+$\n"
-        "operationIdAsCardNumber=4,9\n"
-        "operationIdAsEFTApprovalCode=6\n"));
+    TestHost host(everySetting());
     const InspectedInterface client;
     const tessaro::ClientSettings settings = client.settings();
     QCOMPARE(settings.url, QUrl(QStringLiteral("https://tessaro.example.com/api/v1")));
     QCOMPARE(settings.tokenUrl, QUrl(QStringLiteral("https://auth.example.com/token?scope=till")));
-    QCOMPARE(settings.useTokenAuth, true);
+    QCOMPARE(settings.useTokenAuth, false);
     QCOMPARE(settings.gateway, false);
     QCOMPARE(settings.clientId, QStringLiteral("till-012"));
     QCOMPARE(settings.realmId, QStringLiteral("store-7"));
