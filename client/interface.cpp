@@ -204,6 +204,39 @@ Response Interface::request(const QUrl &target, const Headers &headers)
     return handleRequest(target, QJsonObject(), headers, false);
 }
 
+void Interface::boundTimeout(int seconds)
+{
+    hostsdk::setTimeout(*restClient, milliseconds(seconds));
+}
+
+http::Response Interface::lastExchange() const
+{
+    return hostsdk::lastResponse(*restClient);
+}
+
+ClientSettings Interface::settings() const
+{
+    const QString authorization = authorizationHeader.trimmed();
+    const qsizetype blank = authorization.indexOf(QLatin1Char(' '));
+    ClientSettings settings;
+    settings.url = url;
+    settings.tokenUrl = tokenUrl;
+    settings.useTokenAuth = useTokenAuth;
+    settings.gateway = hostsdk::configBool(QStringLiteral("OrvelGate:tessaro"), false);
+    settings.clientId = clientId;
+    settings.realmId = realmId;
+    settings.hasAuthorizationHeader = !authorizationHeader.isEmpty();
+    // A value without a blank is the credentials alone: no scheme to show.
+    settings.authorizationScheme = blank > 0 ? authorization.left(blank) : QString();
+    settings.timeoutSeconds = timeout;
+    settings.transportTimeoutMs = hostsdk::timeout(*restClient);
+    settings.longestTransportTimeoutMs = hostsdk::longestTimeout(*restClient);
+    settings.couponMask = validationCouponMask.pattern();
+    settings.cardNumberPaymentCodes = operationIdAsCardNumber;
+    settings.approvalCodePaymentCodes = operationIdAsEFTApprovalCode;
+    return settings;
+}
+
 Interface::Headers Interface::getGateHeaders(const QUrl &target, const QByteArray &body, const Headers &headers,
                                              bool get) const
 {

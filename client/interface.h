@@ -1,5 +1,6 @@
 #pragma once
 
+#include "client/clientsettings.h"
 #include "responses/addcustomerresponse.h"
 #include "responses/advicenoteresponse.h"
 #include "responses/cartcreateresponse.h"
@@ -36,6 +37,10 @@ class User;
 
 namespace Log4Qt {
 class Logger;
+}
+
+namespace http {
+class Response;
 }
 
 namespace tessaro {
@@ -102,6 +107,11 @@ public:
     /// \a headers signed for the gateway when "OrvelGate:tessaro" is on
     /// (read on every call), else \a headers unchanged.
     Headers getGateHeaders(const QUrl &url, const QByteArray &body, const Headers &headers, bool get) const;
+    /// Bounds each exchange to \a seconds instead of the configured time-out,
+    /// for a configuration whose own time-out would let a check wait forever.
+    void boundTimeout(int seconds);
+    /// The transport's outcome of the last exchange, token requests included.
+    http::Response lastExchange() const;
 
     // Till
 
@@ -245,6 +255,8 @@ public:
     QMap<int, QStringList> eanReasonMap() const { return eanReasons; }
     /// Till payment code to the payment fields left out for it.
     QMap<int, QStringList> discardPaymentFieldMap() const { return discardPaymentFields; }
+    /// The settings above and those of the transport, as one value to report.
+    ClientSettings settings() const;
 
     // Settings read where they are used, each through its one reader
 

@@ -3,7 +3,15 @@
 #include "returns/invoiceinfo.h"
 
 #include <actiontrigger.h>
+#include <basicplugin.h>
+// moc is not shown the loyalty system's interface declaration: BackPlugin
+// answers qt_metacast by the base's class name, "BasicLoyaltySystem" (moc casts
+// to every base by its name), and must not answer its interface id, which
+// listing it in Q_INTERFACES would add. Seeing the declaration, moc would warn
+// that qobject_cast to it does not work, which is what is meant.
+#ifndef Q_MOC_RUN
 #include <basicloyaltysystem.h>
+#endif
 #include <control/action.h>
 #include <econtext.h>
 
@@ -62,8 +70,7 @@ class BackPlugin : public QObject, public BasicLoyaltySystem
     Q_PLUGIN_METADATA(IID "TessaroBack")
     // Only the plug-in interface goes by its id: the host reaches the loyalty
     // system by the base's class name, "BasicLoyaltySystem", and no other name
-    // may answer (moc's warning that qobject_cast to BasicLoyaltySystem will
-    // not work says just that).
+    // may answer.
     Q_INTERFACES(BasicPlugin)
 
 public:
@@ -139,6 +146,10 @@ public:
     virtual void readForbiddenMixedValuts();
     /// Reads the further currencies that a return by sale admits.
     virtual void readAdditionalBackBySaleValuts();
+    /// The currencies that must not be mixed, as last read.
+    QMap<int, QSet<int>> forbiddenMixedCurrencies() const { return forbiddenMixedValuts; }
+    /// The further currencies of a return by sale, as last read.
+    QMap<int, QSet<int>> additionalBackBySaleCurrencies() const { return additionalBackBySaleValuts; }
 
     /// Makes a return document ask for its original invoice before any input.
     EContext::Result beforeInput(const control::Action &action);

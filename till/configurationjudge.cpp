@@ -2,6 +2,7 @@
 
 #include "checkreport.h"
 
+#include "plugin/selfcheck/selfcheckprotocol.h"
 #include "secrets/secretmask.h"
 
 #include <QHostAddress>
@@ -102,9 +103,9 @@ bool allIntegers(const QString &text)
 } // namespace
 
 ConfigurationJudge::ConfigurationJudge(const QJsonObject &pluginReport, const std::optional<QHash<int, QString>> &currencies)
-    : m_settings(pluginReport.value(QStringLiteral("settings")).toArray())
-    , m_sections(pluginReport.value(QStringLiteral("sections")).toArray())
-    , m_currencySettings(pluginReport.value(QStringLiteral("currencies")).toArray())
+    : m_settings(pluginReport.value(tessaro::selfcheck::report::Settings).toArray())
+    , m_sections(pluginReport.value(tessaro::selfcheck::report::Sections).toArray())
+    , m_currencySettings(pluginReport.value(tessaro::selfcheck::report::Currencies).toArray())
     , m_currencies(currencies)
 {
 }

@@ -1,15 +1,15 @@
 #include "pluginselfcheck.h"
 
+#include <plugin/selfcheck/selfcheckprotocol.h>
+
 #include <QJsonDocument>
 #include <QLibrary>
 
 namespace till {
 
-namespace {
+namespace selfcheck = tessaro::selfcheck;
 
-// The entry point's signature, as the plug-in module exports it.
-using Deliver = void (*)(const char *report, void *context);
-using Entry = void (*)(const char *options, Deliver deliver, void *context);
+namespace {
 
 void keepReport(const char *report, void *context)
 {
@@ -18,20 +18,15 @@ void keepReport(const char *report, void *context)
 
 } // namespace
 
-const char *PluginSelfCheck::entryName()
-{
-    return "tessaro_check_installation";
-}
-
 std::optional<QJsonObject> PluginSelfCheck::run(const QString &libraryFile, const QJsonObject &options, QString *error)
 {
     // The library is already loaded by the plug-in loader: this finds the same
     // one, and leaves it loaded.
     QLibrary library(libraryFile);
-    const auto entry = reinterpret_cast<Entry>(library.resolve(entryName()));
+    const auto entry = reinterpret_cast<selfcheck::Entry>(library.resolve(selfcheck::EntryPoint));
     if (!entry) {
         if (error)
-            *error = QStringLiteral("%1 has no installation check (%2): %3").arg(libraryFile, QLatin1String(entryName()), library.errorString());
+            *error = QStringLiteral("%1 has no installation check (%2): %3").arg(libraryFile, QLatin1String(selfcheck::EntryPoint), library.errorString());
         return std::nullopt;
     }
     QByteArray report;
@@ -44,9 +39,9 @@ std::optional<QJsonObject> PluginSelfCheck::run(const QString &libraryFile, cons
         return std::nullopt;
     }
     const QJsonObject object = document.object();
-    if (object.contains(QStringLiteral("error"))) {
+    if (object.contains(selfcheck::report::Error)) {
         if (error)
-            *error = QStringLiteral("the plug-in's check stopped: %1").arg(object.value(QStringLiteral("error")).toString());
+            *error = QStringLiteral("the plug-in's check stopped: %1").arg(object.value(selfcheck::report::Error).toString());
         return std::nullopt;
     }
     return object;

@@ -8,7 +8,7 @@
 namespace till {
 
 /// The plug-in's own half of an installation check, run through the entry
-/// point "tessaro_check_installation" of the plug-in's library file, which a
+/// point tessaro::selfcheck::EntryPoint of the plug-in's library file, which a
 /// host never calls. The till links none of the plug-in's code: it finds the
 /// function by name in the file QPluginLoader loaded, hands it the options as
 /// JSON text and takes its JSON report back.
@@ -19,9 +19,6 @@ namespace till {
 class PluginSelfCheck
 {
 public:
-    /// The entry point's name in the library.
-    static const char *entryName();
-
     /// Runs the plug-in's checks in \a libraryFile with \a options ("token",
     /// "request", "boundSeconds"). Nothing when the library has no such entry
     /// or answers no JSON object; \a error then says why.

@@ -2,6 +2,8 @@
 
 #include "checkreport.h"
 
+#include <plugin/selfcheck/selfcheckprotocol.h>
+
 #include <optional>
 
 namespace till {
@@ -73,9 +75,9 @@ QString ServiceJudge::clockMessage()
 }
 
 ServiceJudge::ServiceJudge(const QJsonObject &pluginReport, bool gatewayOn, int clockToleranceSeconds)
-    : m_token(pluginReport.value(QStringLiteral("token")).toObject())
-    , m_request(pluginReport.value(QStringLiteral("request")).toObject())
-    , m_signing(pluginReport.value(QStringLiteral("signing")).toObject())
+    : m_token(pluginReport.value(tessaro::selfcheck::report::Token).toObject())
+    , m_request(pluginReport.value(tessaro::selfcheck::report::Request).toObject())
+    , m_signing(pluginReport.value(tessaro::selfcheck::report::Signing).toObject())
     , m_gatewayOn(gatewayOn)
     , m_toleranceSeconds(clockToleranceSeconds)
 {

@@ -9,6 +9,8 @@
 #include "servicejudge.h"
 #include "tilldatafolder.h"
 
+#include <plugin/selfcheck/selfcheckprotocol.h>
+
 #include <config.h>
 #include <singleton.h>
 #include <tessaroversion.h>
@@ -18,6 +20,8 @@
 #include <QJsonArray>
 
 namespace till {
+
+namespace selfcheck = tessaro::selfcheck;
 
 namespace {
 
@@ -139,21 +143,21 @@ CheckReport TillCheck::run() const
     const ConfigFileText file(configFile);
     const std::optional<QJsonObject> read = PluginSelfCheck::run(
         plugin.fileName(),
-        {{QStringLiteral("token"), false}, {QStringLiteral("request"), false}, {QStringLiteral("currencies"), checkedCurrencies(currencies, file)}},
+        {{selfcheck::option::Token, false}, {selfcheck::option::Request, false}, {selfcheck::option::Currencies, checkedCurrencies(currencies, file)}},
         &error);
     if (!read) {
         report.failure(QStringLiteral("installation check"), error, QStringLiteral("install a plug-in built with its installation check"));
         return report;
     }
     // The loaded plug-in's own word for its version.
-    const QString pluginVersion = read->value(QStringLiteral("version")).toString();
+    const QString pluginVersion = read->value(selfcheck::report::Version).toString();
     report.ok(QStringLiteral("versions"), QStringLiteral("tessaro-till %1, plug-in TessaroBack %2")
                                                .arg(QStringLiteral(TESSARO_VERSION), pluginVersion.isEmpty() ? QStringLiteral("unknown") : pluginVersion));
     context.insert(QStringLiteral("versions"), QJsonObject{{QStringLiteral("tool"), QStringLiteral(TESSARO_VERSION)},
                                                            {QStringLiteral("plugin"), pluginVersion}});
-    context.insert(QStringLiteral("configuration"), QJsonObject{{QStringLiteral("settings"), read->value(QStringLiteral("settings"))},
-                                                                {QStringLiteral("sections"), read->value(QStringLiteral("sections"))},
-                                                                {QStringLiteral("currencies"), read->value(QStringLiteral("currencies"))}});
+    context.insert(QStringLiteral("configuration"), QJsonObject{{QStringLiteral("settings"), read->value(selfcheck::report::Settings)},
+                                                                {QStringLiteral("sections"), read->value(selfcheck::report::Sections)},
+                                                                {QStringLiteral("currencies"), read->value(selfcheck::report::Currencies)}});
     report.setContext(context);
 
     report.startGroup(QStringLiteral("Configuration"));
@@ -181,7 +185,7 @@ CheckReport TillCheck::run() const
     }
 
     report.startGroup(QStringLiteral("Through the plug-in"));
-    const std::optional<QJsonObject> exchanged = PluginSelfCheck::run(plugin.fileName(), {{QStringLiteral("boundSeconds"), boundSeconds}}, &error);
+    const std::optional<QJsonObject> exchanged = PluginSelfCheck::run(plugin.fileName(), {{selfcheck::option::BoundSeconds, boundSeconds}}, &error);
     if (!exchanged) {
         report.failure(QStringLiteral("installation check"), error, QStringLiteral("install a plug-in built with its installation check"));
         return report;

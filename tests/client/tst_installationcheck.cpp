@@ -1,6 +1,6 @@
 #include "servicetestbed.h"
 
-#include <plugin/installationcheck.h>
+#include <plugin/selfcheck/installationcheck.h>
 
 #include <QHostInfo>
 #include <QJsonArray>

@@ -1,4 +1,3 @@
-#include "client/checkclient.h"
 #include "client/interface.h"
 
 #include <config.h>
@@ -16,14 +15,24 @@
 
 namespace {
 
-// The client with the members its constructor fills in view.
-// The installation check's client, with its REST client open to tests.
-class InspectedCheckClient : public tessaro::CheckClient
+// A configuration that sets every plain client setting.
+QString everySetting()
 {
-public:
-    using Interface::restClient;
-};
+    return QStringLiteral(
+        "[Tessaro]\n"
+        "url=https://tessaro.example.com/api/v1\n"
+        "tokenUrl=https://auth.example.com/token?scope=till\n"
+        "useTokenAuth=false\n"
+        "clientId=till-012\n"
+        "realmId=store-7\n"
+        "authorizationHeader=Basic dGlsbDpzZWNyZXQ=\n"
+        "timeout=12\n"
+        "validationCouponMask=^(77|88)\\\\d+$\n"
+        "operationIdAsCardNumber=4,9\n"
+        "operationIdAsEFTApprovalCode=6\n");
+}
 
+// The client with the members its constructor fills in view.
 class InspectedInterface : public tessaro::Interface
 {
 public:
@@ -112,6 +121,10 @@ private slots:
     void checkBoundsItsTimeout_data();
     void checkBoundsItsTimeout();
     void couponMaskIsCompiledWithoutOptions();
+    void settingsValueHoldsWhatWasRead();
+    void settingsValueFollowsTheGateway();
+    void settingsValueShowsOnlyTheAuthorizationScheme_data();
+    void settingsValueShowsOnlyTheAuthorizationScheme();
     void operationIdListsBecomeIntegers_data();
     void operationIdListsBecomeIntegers();
     void mappingTables_data();
@@ -161,18 +174,7 @@ void TestInterfaceConfig::defaultsWithoutConfiguration()
 
 void TestInterfaceConfig::everySettingIsRead()
 {
-    TestHost host(QStringLiteral(
-        "[Tessaro]\n"
-        "url=https://tessaro.example.com/api/v1\n"
-        "tokenUrl=https://auth.example.com/token?scope=till\n"
-        "useTokenAuth=false\n"
-        "clientId=till-012\n"
-        "realmId=store-7\n"
-        "authorizationHeader=Basic dGlsbDpzZWNyZXQ=\n"
-        "timeout=12\n"
-        "validationCouponMask=^(77|88)\\\\d+$\n"
-        "operationIdAsCardNumber=4,9\n"
-        "operationIdAsEFTApprovalCode=6\n"));
+    TestHost host(everySetting());
     const InspectedInterface client;
     QCOMPARE(client.serviceUrl(), QUrl(QStringLiteral("https://tessaro.example.com/api/v1")));
     QCOMPARE(client.tokenServiceUrl(), QUrl(QStringLiteral("https://auth.example.com/token?scope=till")));
@@ -252,7 +254,7 @@ void TestInterfaceConfig::checkBoundsItsTimeout()
     QFETCH(int, seconds);
     QFETCH(int, milliseconds);
     TestHost host;
-    InspectedCheckClient client;
+    InspectedInterface client;
     client.boundTimeout(seconds);
     QCOMPARE(client.restClient->timeout(), milliseconds);
 }
@@ -264,6 +266,62 @@ void TestInterfaceConfig::couponMaskIsCompiledWithoutOptions()
     QCOMPARE(client.validationCouponMask.patternOptions(), QRegularExpression::NoPatternOption);
     QVERIFY(client.validationCouponMask.match(QStringLiteral("abc1")).hasMatch());
     QVERIFY(!client.validationCouponMask.match(QStringLiteral("ABC1")).hasMatch());
+}
+
+void TestInterfaceConfig::settingsValueHoldsWhatWasRead()
+{
+    TestHost host(everySetting());
+    const InspectedInterface client;
+    const tessaro::ClientSettings settings = client.settings();
+    QCOMPARE(settings.url, QUrl(QStringLiteral("https://tessaro.example.com/api/v1")));
+    QCOMPARE(settings.tokenUrl, QUrl(QStringLiteral("https://auth.example.com/token?scope=till")));
+    QCOMPARE(settings.useTokenAuth, false);
+    QCOMPARE(settings.gateway, false);
+    QCOMPARE(settings.clientId, QStringLiteral("till-012"));
+    QCOMPARE(settings.realmId, QStringLiteral("store-7"));
+    QCOMPARE(settings.hasAuthorizationHeader, true);
+    QCOMPARE(settings.authorizationScheme, QStringLiteral("Basic"));
+    QCOMPARE(settings.timeoutSeconds, qint64(12));
+    QCOMPARE(settings.transportTimeoutMs, 12000);
+    QCOMPARE(settings.longestTransportTimeoutMs, client.restClient->longestTimeout());
+    QCOMPARE(settings.couponMask, QStringLiteral("^(77|88)\\d+$"));
+    QCOMPARE(settings.cardNumberPaymentCodes, (QList<int>{4, 9}));
+    QCOMPARE(settings.approvalCodePaymentCodes, QList<int>{6});
+}
+
+void TestInterfaceConfig::settingsValueFollowsTheGateway()
+{
+    TestHost host(QStringLiteral("[Tessaro]\nuseTokenAuth=true\n[OrvelGate]\ntessaro=true\n"));
+    InspectedInterface client;
+    QCOMPARE(client.settings().gateway, true);
+    QCOMPARE(client.settings().useTokenAuth, false);
+    // The transport's time-out as it is now, bound or not.
+    client.boundTimeout(3);
+    QCOMPARE(client.settings().transportTimeoutMs, 3000);
+    QCOMPARE(client.settings().timeoutSeconds, qint64(5));
+}
+
+void TestInterfaceConfig::settingsValueShowsOnlyTheAuthorizationScheme_data()
+{
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<bool>("present");
+    QTest::addColumn<QString>("scheme");
+    QTest::newRow("scheme and credentials") << "Basic dGlsbDpzZWNyZXQ=" << true << "Basic";
+    QTest::newRow("blanks around") << "  Bearer abc  " << true << "Bearer";
+    QTest::newRow("credentials alone") << "dGlsbDpzZWNyZXQ=" << true << "";
+    QTest::newRow("empty") << "" << false << "";
+}
+
+void TestInterfaceConfig::settingsValueShowsOnlyTheAuthorizationScheme()
+{
+    QFETCH(QString, value);
+    QFETCH(bool, present);
+    QFETCH(QString, scheme);
+    TestHost host(QStringLiteral("[Tessaro]\nauthorizationHeader=\"%1\"\n").arg(value));
+    const InspectedInterface client;
+    QCOMPARE(client.authorizationHeader, value);
+    QCOMPARE(client.settings().hasAuthorizationHeader, present);
+    QCOMPARE(client.settings().authorizationScheme, scheme);
 }
 
 void TestInterfaceConfig::operationIdListsBecomeIntegers_data()

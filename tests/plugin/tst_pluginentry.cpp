@@ -3,6 +3,7 @@
 
 #include "hooktable.h"
 
+#include <plugin/selfcheck/selfcheckprotocol.h>
 #include <support/logcapture.h>
 #include <tessaroversion.h>
 
@@ -69,6 +70,7 @@ private slots:
     void metacast_data();
     void metacast();
     void metacastOfNullName();
+    void libraryExportsTheCheckEntry();
     void registrationsFollowTheHookTable_data();
     void registrationsFollowTheHookTable();
     void handlerChoosesBackReasons();
@@ -221,6 +223,12 @@ void TestPluginEntry::metacastOfNullName()
     QCOMPARE(object->qt_metacast(nullptr), nullptr);
     // The plug-in interface is a virtual base: reaching it moves the pointer.
     QVERIFY(static_cast<void *>(qobject_cast<BasicPlugin *>(object)) != static_cast<void *>(object));
+}
+
+void TestPluginEntry::libraryExportsTheCheckEntry()
+{
+    // The till finds the plug-in's installation check by this name alone.
+    QVERIFY(m_library.resolve(tessaro::selfcheck::EntryPoint));
 }
 
 void TestPluginEntry::registrationsFollowTheHookTable_data()

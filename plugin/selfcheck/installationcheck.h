@@ -5,7 +5,8 @@
 
 namespace tessaro {
 
-class CheckClient;
+class Interface;
+struct ClientSettings;
 
 /// The plug-in's half of an installation check: everything the plug-in itself
 /// does on the way to the service, done by the plug-in's own code and reported
@@ -46,13 +47,13 @@ public:
     QJsonObject run() const;
 
 private:
-    static QJsonArray settings(const CheckClient &client);
-    static QJsonObject timeoutSetting(const CheckClient &client);
-    static QJsonArray sections(const CheckClient &client);
-    QJsonArray currencies(const CheckClient &client) const;
-    QJsonObject token(CheckClient &client) const;
-    static QJsonObject signing(const CheckClient &client);
-    QJsonObject request(CheckClient &client, bool tokenMissing) const;
+    static QJsonArray settings(const Interface &client);
+    static QJsonObject timeoutSetting(const ClientSettings &client);
+    static QJsonArray sections(const Interface &client);
+    QJsonArray currencies(const Interface &client) const;
+    QJsonObject token(Interface &client) const;
+    static QJsonObject signing(const Interface &client);
+    QJsonObject request(Interface &client, bool tokenMissing) const;
 
     QJsonObject m_options;
 };
@@ -60,7 +61,8 @@ private:
 } // namespace tessaro
 
 /// The entry point of an installation check in the plug-in module, found by
-/// name in the library file; a host never calls it. \a options is the JSON
+/// name (tessaro::selfcheck::EntryPoint) in the library file, with the
+/// signature tessaro::selfcheck::Entry; a host never calls it. \a options is the JSON
 /// text of InstallationCheck's options; \a deliver receives the JSON report
 /// (UTF-8, valid only during the call) and \a context. Never throws.
 extern "C" Q_DECL_EXPORT void tessaro_check_installation(const char *options,

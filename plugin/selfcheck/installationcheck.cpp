@@ -1,9 +1,10 @@
 #include "installationcheck.h"
 
-#include "checkplugin.h"
-#include "client/checkclient.h"
+#include "client/interface.h"
 #include "hostsdk/hostadapter.h"
-#include "pluginversion.h"
+#include "plugin/backplugin.h"
+#include "plugin/pluginversion.h"
+#include "selfcheckprotocol.h"
 
 #include <basicexception.h>
 #include <config.h>
@@ -156,7 +157,7 @@ void addExchange(QJsonObject &report, const http::Response &exchange)
         report.insert(QStringLiteral("gatewayError"), body.value(QStringLiteral("error_msg")));
 }
 
-QJsonObject receiptNumber(const CheckClient &client, int currency)
+QJsonObject receiptNumber(const Interface &client, int currency)
 {
     const QString section = QStringLiteral("Tessaro.ReceiptNumber.%1").arg(currency);
     const QString maskKey = section + QStringLiteral(":mask");
@@ -193,46 +194,47 @@ InstallationCheck::InstallationCheck(const QJsonObject &options)
 
 QJsonObject InstallationCheck::run() const
 {
-    CheckClient client;
+    Interface client;
     // Read before the check bounds the time-out: the transport's own as the plug-in runs it.
     const QJsonArray read = settings(client);
     if (client.timeoutSeconds() <= 0)
-        client.boundTimeout(m_options.value(QStringLiteral("boundSeconds")).toInt(10));
+        client.boundTimeout(m_options.value(selfcheck::option::BoundSeconds).toInt(10));
     const QJsonObject fetched = token(client);
     const bool tokenMissing = client.usesTokenAuth() && !fetched.value(QStringLiteral("ok")).toBool();
-    return {{QStringLiteral("version"), pluginVersion()},
-            {QStringLiteral("settings"), read},
-            {QStringLiteral("sections"), sections(client)},
-            {QStringLiteral("currencies"), currencies(client)},
-            {QStringLiteral("token"), fetched},
-            {QStringLiteral("signing"), signing(client)},
-            {QStringLiteral("request"), request(client, tokenMissing)}};
+    return {{selfcheck::report::Version, pluginVersion()},
+            {selfcheck::report::Settings, read},
+            {selfcheck::report::Sections, sections(client)},
+            {selfcheck::report::Currencies, currencies(client)},
+            {selfcheck::report::Token, fetched},
+            {selfcheck::report::Signing, signing(client)},
+            {selfcheck::report::Request, request(client, tokenMissing)}};
 }
 
-QJsonArray InstallationCheck::settings(const CheckClient &client)
+QJsonArray InstallationCheck::settings(const Interface &client)
 {
+    const ClientSettings read = client.settings();
     const auto text = [](const QString &key, const QString &fallback = QString()) {
         return hostsdk::configString(key, fallback);
     };
     QJsonObject authorization = secretSetting(QStringLiteral("Tessaro:authorizationHeader"));
-    authorization.insert(QStringLiteral("scheme"), client.authorizationScheme());
+    authorization.insert(QStringLiteral("scheme"), read.authorizationScheme);
     return {
-        urlSetting(QStringLiteral("Tessaro:url"), client.serviceUrl()),
-        urlSetting(QStringLiteral("Tessaro:tokenUrl"), client.tokenServiceUrl()),
-        plainSetting(QStringLiteral("Tessaro:useTokenAuth"), client.usesTokenAuth()),
-        plainSetting(QStringLiteral("Tessaro:clientId"), client.clientIdentifier()),
-        plainSetting(QStringLiteral("Tessaro:realmId"), client.realmIdentifier()),
+        urlSetting(QStringLiteral("Tessaro:url"), read.url),
+        urlSetting(QStringLiteral("Tessaro:tokenUrl"), read.tokenUrl),
+        plainSetting(QStringLiteral("Tessaro:useTokenAuth"), read.useTokenAuth),
+        plainSetting(QStringLiteral("Tessaro:clientId"), read.clientId),
+        plainSetting(QStringLiteral("Tessaro:realmId"), read.realmId),
         authorization,
-        timeoutSetting(client),
-        plainSetting(QStringLiteral("Tessaro:validationCouponMask"), client.couponMask()),
+        timeoutSetting(read),
+        plainSetting(QStringLiteral("Tessaro:validationCouponMask"), read.couponMask),
         plainSetting(QStringLiteral("Tessaro:validationCoupon"), client.validatesCoupons()),
         plainSetting(QStringLiteral("Tessaro:onlineCheckEanReasonCode"), client.getOnlineCheckEanReasonCode()),
         plainSetting(QStringLiteral("Tessaro:typeTill"), client.tillType()),
         plainSetting(QStringLiteral("Tessaro:nameTypeTill"), client.tillTypeName()),
         plainSetting(QStringLiteral("Tessaro:hostName"), client.tillHostName()),
-        plainSetting(QStringLiteral("Tessaro:operationIdAsCardNumber"), toJson(client.cardNumberPaymentCodes())),
-        plainSetting(QStringLiteral("Tessaro:operationIdAsEFTApprovalCode"), toJson(client.approvalCodePaymentCodes())),
-        plainSetting(QStringLiteral("OrvelGate:tessaro"), hostsdk::configBool(QStringLiteral("OrvelGate:tessaro"), false)),
+        plainSetting(QStringLiteral("Tessaro:operationIdAsCardNumber"), toJson(read.cardNumberPaymentCodes)),
+        plainSetting(QStringLiteral("Tessaro:operationIdAsEFTApprovalCode"), toJson(read.approvalCodePaymentCodes)),
+        plainSetting(QStringLiteral("OrvelGate:tessaro"), read.gateway),
         secretSetting(QStringLiteral("OrvelGate:appKey")),
         secretSetting(QStringLiteral("OrvelGate:appSecret")),
         plainSetting(QStringLiteral("OrvelGate:xStage"), text(QStringLiteral("OrvelGate:xStage"), QStringLiteral("PreProd"))),
@@ -243,7 +245,7 @@ QJsonArray InstallationCheck::settings(const CheckClient &client)
     };
 }
 
-QJsonArray InstallationCheck::sections(const CheckClient &client)
+QJsonArray InstallationCheck::sections(const Interface &client)
 {
     const std::function<QJsonValue(const int &)> code = [](const int &value) { return QJsonValue(value); };
     const std::function<QJsonValue(const QStringList &)> texts = [](const QStringList &value) {
@@ -252,7 +254,11 @@ QJsonArray InstallationCheck::sections(const CheckClient &client)
     const std::function<QJsonValue(const QSet<int> &)> codes = [](const QSet<int> &value) {
         return QJsonValue(toJson(value));
     };
-    const CheckPlugin plugin;
+    // A plug-in object that is never initialised nor handed to a host: only
+    // its currency lists read by its own readers, as init() reads them.
+    BackPlugin plugin;
+    plugin.readForbiddenMixedValuts();
+    plugin.readAdditionalBackBySaleValuts();
     return {
         section(QStringLiteral("Tessaro.PaymentCodes"), mapToJson(client.paymentCodeMap(), code), isInteger),
         section(QStringLiteral("Tessaro.VatCodes"), mapToJson(client.vatCodeMap(), code), isInteger),
@@ -266,19 +272,19 @@ QJsonArray InstallationCheck::sections(const CheckClient &client)
     };
 }
 
-QJsonObject InstallationCheck::timeoutSetting(const CheckClient &client)
+QJsonObject InstallationCheck::timeoutSetting(const ClientSettings &client)
 {
-    QJsonObject setting = plainSetting(QStringLiteral("Tessaro:timeout"), client.timeoutSeconds());
+    QJsonObject setting = plainSetting(QStringLiteral("Tessaro:timeout"), client.timeoutSeconds);
     // The transport replaces a time-out that is not positive or too long by its cap.
-    setting.insert(QStringLiteral("transportMs"), client.transportTimeoutMs());
-    setting.insert(QStringLiteral("longestMs"), client.longestTransportTimeoutMs());
+    setting.insert(QStringLiteral("transportMs"), client.transportTimeoutMs);
+    setting.insert(QStringLiteral("longestMs"), client.longestTransportTimeoutMs);
     return setting;
 }
 
-QJsonArray InstallationCheck::currencies(const CheckClient &client) const
+QJsonArray InstallationCheck::currencies(const Interface &client) const
 {
     QJsonArray report;
-    const QJsonArray codes = m_options.value(QStringLiteral("currencies")).toArray();
+    const QJsonArray codes = m_options.value(selfcheck::option::Currencies).toArray();
     for (const QJsonValue &code : codes) {
         const int currency = code.toInt();
         report.append(QJsonObject{{QStringLiteral("code"), currency},
@@ -288,10 +294,10 @@ QJsonArray InstallationCheck::currencies(const CheckClient &client) const
     return report;
 }
 
-QJsonObject InstallationCheck::token(CheckClient &client) const
+QJsonObject InstallationCheck::token(Interface &client) const
 {
     QJsonObject report{{QStringLiteral("used"), client.usesTokenAuth()}};
-    if (!client.usesTokenAuth() || !m_options.value(QStringLiteral("token")).toBool(true))
+    if (!client.usesTokenAuth() || !m_options.value(selfcheck::option::Token).toBool(true))
         return report;
     QElapsedTimer clock;
     clock.start();
@@ -312,9 +318,9 @@ QJsonObject InstallationCheck::token(CheckClient &client) const
     return report;
 }
 
-QJsonObject InstallationCheck::signing(const CheckClient &client)
+QJsonObject InstallationCheck::signing(const Interface &client)
 {
-    const bool on = hostsdk::configBool(QStringLiteral("OrvelGate:tessaro"), false);
+    const bool on = client.settings().gateway;
     QJsonObject report{{QStringLiteral("on"), on}};
     if (!on)
         return report;
@@ -335,13 +341,13 @@ QJsonObject InstallationCheck::signing(const CheckClient &client)
     return report;
 }
 
-QJsonObject InstallationCheck::request(CheckClient &client, bool tokenMissing) const
+QJsonObject InstallationCheck::request(Interface &client, bool tokenMissing) const
 {
     // No cart is ever named like this, so the answer cannot be anybody's data.
     const QString id = QStringLiteral("installation-check-") + QUuid::createUuid().toString(QUuid::Id128);
     const QUrl target = client.getUrl(Interface::Messages, id);
     QJsonObject report{{QStringLiteral("path"), target.path()}, {QStringLiteral("url"), shownUrl(target)}};
-    if (!m_options.value(QStringLiteral("request")).toBool(true) || tokenMissing) {
+    if (!m_options.value(selfcheck::option::Request).toBool(true) || tokenMissing) {
         report.insert(QStringLiteral("sent"), false);
         return report;
     }
@@ -376,9 +382,9 @@ void tessaro_check_installation(const char *options, void (*deliver)(const char 
         const QJsonObject given = QJsonDocument::fromJson(QByteArray(options)).object();
         report = tessaro::InstallationCheck(given).run();
     } catch (const std::exception &e) {
-        report = {{QStringLiteral("error"), QString::fromUtf8(e.what())}};
+        report = {{tessaro::selfcheck::report::Error, QString::fromUtf8(e.what())}};
     } catch (...) {
-        report = {{QStringLiteral("error"), QStringLiteral("the check stopped on an unknown failure")}};
+        report = {{tessaro::selfcheck::report::Error, QStringLiteral("the check stopped on an unknown failure")}};
     }
     if (deliver)
         deliver(QJsonDocument(report).toJson(QJsonDocument::Compact).constData(), context);
