@@ -95,7 +95,7 @@ bool KilledTillRun::run(const SimulatedSession &played, Kill kill, SessionOutcom
     killed.scenario.actions.removeIf([](const ScenarioAction &action) { return action.type == ScenarioAction::Restart; });
     // Held at the service: the till waits inside its close hook when it dies.
     if (kill == Kill::HeldAdviceNote)
-        killed.faults << SessionFault{QStringLiteral("/advicenote"), killed.killRequest, QStringLiteral("hang"), 0, 0, {}};
+        killed.faults << SessionFault{QStringLiteral("/advicenote"), killed.killRequest, SessionFault::Kind::Hang, 0, 0, {}};
     QString error;
     const std::optional<tessaro::emulator::EmulatorSettings> settings =
         tessaro::emulator::EmulatorSettings::fromJson(SessionFile::emulatorJson(killed), &error);
