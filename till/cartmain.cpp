@@ -14,5 +14,5 @@ int main(int argc, char *argv[])
     QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() < 2 || arguments.at(1) != QLatin1String("simulate"))
         arguments.insert(1, QStringLiteral("simulate"));
-    return till::TillApplication(arguments).exec();
+    return till::exitStatus(till::TillApplication(arguments).exec());
 }

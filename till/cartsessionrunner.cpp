@@ -200,7 +200,7 @@ SessionOutcome CartSessionRunner::run(quint64 seed, double faultRate) const
     }
     HostObjects::resetAll();
     for (const SessionFault &fault : planner.struck())
-        ++outcome.faults[fault.kind];
+        ++outcome.faults[fault.kindName()];
     outcome.requests = emulator.journal().size();
     return outcome;
 }

@@ -54,11 +54,11 @@ int CheckReport::count(Level level) const
     return int(std::count_if(m_items.cbegin(), m_items.cend(), [level](const Item &item) { return item.level == level; }));
 }
 
-int CheckReport::exitCode() const
+ExitCode CheckReport::exitCode() const
 {
     if (count(Level::Failure) > 0)
-        return Failures;
-    return count(Level::Warning) > 0 ? Warnings : Passed;
+        return ExitCode::BadInput;
+    return count(Level::Warning) > 0 ? ExitCode::Failed : ExitCode::Passed;
 }
 
 QString CheckReport::levelName(Level level)
@@ -87,7 +87,7 @@ QString CheckReport::summary() const
         .arg(countOf(count(Level::Ok), QStringLiteral("ok"), QStringLiteral("ok")),
              countOf(warnings, QStringLiteral("warning"), QStringLiteral("warnings")),
              countOf(failures, QStringLiteral("failure"), QStringLiteral("failures")), verdict)
-        .arg(exitCode());
+        .arg(exitStatus(exitCode()));
 }
 
 QString CheckReport::text() const
@@ -141,7 +141,7 @@ QJsonObject CheckReport::json() const
     json.insert(QStringLiteral("summary"), QJsonObject{{QStringLiteral("ok"), count(Level::Ok)},
                                                        {QStringLiteral("warnings"), count(Level::Warning)},
                                                        {QStringLiteral("failures"), count(Level::Failure)}});
-    json.insert(QStringLiteral("exitCode"), exitCode());
+    json.insert(QStringLiteral("exitCode"), exitStatus(exitCode()));
     return json;
 }
 

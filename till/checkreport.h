@@ -1,5 +1,7 @@
 #pragma once
 
+#include "exitcode.h"
+
 #include <QJsonObject>
 #include <QList>
 #include <QString>
@@ -33,9 +35,6 @@ public:
         std::optional<qint64> ms;
     };
 
-    /// Exit codes of the check command.
-    enum ExitCode { Passed = 0, Warnings = 1, Failures = 2 };
-
     /// Lines added from now on belong to \a group.
     void startGroup(const QString &group);
     void add(Level level, const QString &name, const QString &detail, const QString &hint = QString(),
@@ -50,8 +49,9 @@ public:
 
     QList<Item> items() const { return m_items; }
     int count(Level level) const;
-    /// 0 all ok, 1 some warnings, 2 some failures.
-    int exitCode() const;
+    /// Passed when all is ok, Failed with some warnings, BadInput with some
+    /// failures: what the till was given does not let it work.
+    ExitCode exitCode() const;
 
     /// Aligned lines for a person, hints under the line they belong to.
     QString text() const;

@@ -63,7 +63,7 @@ ContractCommand::ContractCommand(const Options &options, QTextStream *out, QText
 {
 }
 
-int ContractCommand::run()
+ExitCode ContractCommand::run()
 {
     QString error;
     const auto cassette = tessaro::contracts::CassetteFile::read(m_options.cassette, &error);
@@ -78,7 +78,7 @@ int ContractCommand::run()
         settings = tessaro::emulator::EmulatorSettings::load(m_options.emulatorSettings, &error);
     if (!error.isEmpty()) {
         *m_err << QStringLiteral("tessaro-till: ") << error << Qt::endl;
-        return BadInput;
+        return ExitCode::BadInput;
     }
 
     std::unique_ptr<tessaro::emulator::Emulator> emulator;
@@ -90,7 +90,7 @@ int ContractCommand::run()
         emulator = std::make_unique<tessaro::emulator::Emulator>(*settings);
         if (emulator->startInThread(0) == 0) {
             *m_err << QStringLiteral("tessaro-till: the emulator cannot listen on the loopback interface") << Qt::endl;
-            return CannotRun;
+            return ExitCode::CannotRun;
         }
         m_base = emulator->baseUrl().toString();
         m_token = emulator->tokenUrl().toString();
@@ -142,7 +142,7 @@ int ContractCommand::run()
         ++(drift ? drifted : same);
     }
     *m_out << QStringLiteral("contract: %1 same, %2 drifted, %3 skipped").arg(same).arg(drifted).arg(skipped) << Qt::endl;
-    return drifted > 0 ? Drifted : Same;
+    return drifted > 0 ? ExitCode::Failed : ExitCode::Passed;
 }
 
 bool ContractCommand::isTokenRequest(const CassetteExchange &recorded) const

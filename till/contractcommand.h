@@ -1,5 +1,7 @@
 #pragma once
 
+#include "exitcode.h"
+
 #include <contracts/cassette.h>
 #include <contracts/driftrules.h>
 
@@ -38,11 +40,10 @@ public:
         bool allowWrites = false;
     };
 
-    enum ExitCode { Same = 0, Drifted = 1, BadInput = 2, CannotRun = 3 };
-
     ContractCommand(const Options &options, QTextStream *out, QTextStream *err);
 
-    int run();
+    /// Passes without drift, fails with drift.
+    ExitCode run();
 
 private:
     /// Sends one recorded request; returns its line, and whether it drifted.

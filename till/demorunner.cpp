@@ -86,7 +86,7 @@ DemoRunner::DemoRunner(QTextStream *out)
 {
 }
 
-int DemoRunner::run(const QString &pluginFolder, const QString &keepFolder)
+ExitCode DemoRunner::run(const QString &pluginFolder, const QString &keepFolder)
 {
     QTemporaryDir temporary;
     const QDir base(keepFolder.isEmpty() ? temporary.path() : keepFolder);
@@ -97,6 +97,7 @@ int DemoRunner::run(const QString &pluginFolder, const QString &keepFolder)
 
     QStringList summary;
     int passed = 0;
+    bool allRan = true;
     for (const Play &play : plays) {
         *m_out << Qt::endl << QStringLiteral("== %1").arg(play.name) << Qt::endl;
         Report report;
@@ -119,6 +120,7 @@ int DemoRunner::run(const QString &pluginFolder, const QString &keepFolder)
         const QStringList failures = ran ? report.failures : QStringList{error};
         for (const QString &failure : failures)
             *m_out << QStringLiteral("  FAILED  ") << failure << Qt::endl;
+        allRan = allRan && ran;
         const bool ok = ran && report.passed();
         passed += ok ? 1 : 0;
         summary << QStringLiteral("  %1  %2 — %3").arg(ok ? QStringLiteral("passed") : QStringLiteral("FAILED"), play.name,
@@ -128,7 +130,9 @@ int DemoRunner::run(const QString &pluginFolder, const QString &keepFolder)
     if (!keepFolder.isEmpty())
         *m_out << QStringLiteral("The tills are kept in %1; tessaro-till shell --data <folder> opens one.").arg(base.path()) << Qt::endl;
     *m_out << QStringLiteral("%1 passed, %2 failed").arg(passed).arg(plays.size() - passed) << Qt::endl;
-    return passed == plays.size() ? 0 : 1;
+    if (!allRan)
+        return ExitCode::CannotRun;
+    return passed == plays.size() ? ExitCode::Passed : ExitCode::Failed;
 }
 
 } // namespace till

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exitcode.h"
 #include "report.h"
 
 #include <QByteArray>
@@ -41,9 +42,10 @@ public:
     explicit DemoRunner(QTextStream *out);
 
     /// Plays every bundled scenario; \a keepFolder keeps the tills there
-    /// (one folder per scenario) instead of in a temporary folder. Returns 0
-    /// when every scenario passed.
-    int run(const QString &pluginFolder, const QString &keepFolder);
+    /// (one folder per scenario) instead of in a temporary folder. Passes when
+    /// every scenario passed; cannot run when a scenario could not be played
+    /// (no plug-in, a till or cassette that cannot be written).
+    ExitCode run(const QString &pluginFolder, const QString &keepFolder);
     /// Records each scenario's exchanges in \a folder/<scenario>.json; empty: none.
     void setCassetteFolder(const QString &folder) { m_cassetteFolder = folder; }
 

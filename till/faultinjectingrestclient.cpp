@@ -29,12 +29,12 @@ QUrl FaultInjectingRestClient::arm(const QUrl &url)
     const std::optional<SessionFault> planned = m_planner->next(path);
     if (!planned)
         return url;
-    if (planned->kind == SessionFault::unreachable()) {
+    if (planned->unreachable) {
         QUrl refused = url;
         refused.setPort(refusingPort);
         return refused;
     }
-    tessaro::emulator::Fault fault(*tessaro::emulator::Fault::kindFromName(planned->kind), path, 1);
+    tessaro::emulator::Fault fault(planned->kind, path, 1);
     fault.delayMs = planned->delayMs;
     fault.status = planned->status;
     fault.body = planned->body;

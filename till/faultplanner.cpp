@@ -1,5 +1,7 @@
 #include "faultplanner.h"
 
+#include <array>
+
 namespace till {
 
 FaultPlanner::FaultPlanner(quint64 seed, double rate, int timeoutMs)
@@ -36,20 +38,23 @@ std::optional<SessionFault> FaultPlanner::next(const QString &path)
 
 SessionFault FaultPlanner::draw(const QString &path, int ordinal)
 {
-    static const QStringList kinds{
-        QStringLiteral("hang"),           QStringLiteral("delay"),          QStringLiteral("close-before-apply"),
-        QStringLiteral("close-after-apply"), QStringLiteral("reset"),       QStringLiteral("truncated-json"),
-        QStringLiteral("malformed-json"), QStringLiteral("empty-body"),     QStringLiteral("http-status"),
-        QStringLiteral("http-status"),    QStringLiteral("invalid-token"),  QStringLiteral("shift-closed"),
-        QStringLiteral("shift-closed"),   SessionFault::unreachable(),
+    using Kind = SessionFault::Kind;
+    // Equal chances for each entry; error statuses and a closed shift come up
+    // twice as often. Nothing stands for the service unreachable.
+    static constexpr std::array<std::optional<Kind>, 14> kinds{
+        Kind::Hang,          Kind::Delay,         Kind::CloseBeforeApply, Kind::CloseAfterApply, Kind::Reset,
+        Kind::TruncatedJson, Kind::MalformedJson, Kind::EmptyBody,        Kind::HttpStatus,      Kind::HttpStatus,
+        Kind::InvalidToken,  Kind::ShiftClosed,   Kind::ShiftClosed,      std::nullopt,
     };
     SessionFault fault;
     fault.path = path;
     fault.ordinal = ordinal;
-    fault.kind = kinds.at(std::uniform_int_distribution<int>(0, int(kinds.size()) - 1)(m_random));
-    if (fault.kind == QLatin1String("delay")) {
+    const std::optional<Kind> drawn = kinds.at(std::size_t(std::uniform_int_distribution<int>(0, int(kinds.size()) - 1)(m_random)));
+    fault.unreachable = !drawn.has_value();
+    fault.kind = drawn.value_or(Kind::Reset);
+    if (fault.kind == Kind::Delay) {
         fault.delayMs = std::uniform_int_distribution<int>(1, qMax(1, m_timeoutMs / 10))(m_random);
-    } else if (fault.kind == QLatin1String("http-status")) {
+    } else if (fault.kind == Kind::HttpStatus) {
         static const QList<QPair<int, QByteArray>> answers{
             {500, R"({"message": "Internal Server Error"})"},
             {400, R"({"message": "Invalid data type"})"},
@@ -61,7 +66,7 @@ SessionFault FaultPlanner::draw(const QString &path, int ordinal)
         const auto &answer = answers.at(std::uniform_int_distribution<int>(0, int(answers.size()) - 1)(m_random));
         fault.status = answer.first;
         fault.body = answer.second;
-    } else if (fault.kind == QLatin1String("shift-closed") && std::uniform_int_distribution<int>(0, 1)(m_random) == 1) {
+    } else if (fault.kind == Kind::ShiftClosed && std::uniform_int_distribution<int>(0, 1)(m_random) == 1) {
         // Closed twice in a row: the retry after the till opening meets it again.
         SessionFault again = fault;
         again.ordinal = ordinal + 1;

@@ -1,5 +1,6 @@
 #include "killedtillrun.h"
 
+#include "exitcode.h"
 #include "jsonfile.h"
 #include "report.h"
 #include "sessionfile.h"
@@ -95,7 +96,7 @@ bool KilledTillRun::run(const SimulatedSession &played, Kill kill, SessionOutcom
     killed.scenario.actions.removeIf([](const ScenarioAction &action) { return action.type == ScenarioAction::Restart; });
     // Held at the service: the till waits inside its close hook when it dies.
     if (kill == Kill::HeldAdviceNote)
-        killed.faults << SessionFault{QStringLiteral("/advicenote"), killed.killRequest, QStringLiteral("hang"), 0, 0, {}};
+        killed.faults << SessionFault{QStringLiteral("/advicenote"), killed.killRequest, SessionFault::Kind::Hang, 0, 0, {}};
     QString error;
     const std::optional<tessaro::emulator::EmulatorSettings> settings =
         tessaro::emulator::EmulatorSettings::fromJson(SessionFile::emulatorJson(killed), &error);
@@ -136,10 +137,11 @@ bool KilledTillRun::run(const SimulatedSession &played, Kill kill, SessionOutcom
               QStringLiteral("documents-load-after-kill"), QStringLiteral("the document file %1 does not load").arg(name));
     }
 
+    // Finished is done, passed or failed: after a kill an expectation may rightly fail.
     QProcess again;
     again.start(m_program, arguments);
     const bool finished = again.waitForFinished(childMs);
-    if (!finished || again.exitStatus() != QProcess::NormalExit || again.exitCode() > 1) {
+    if (!finished || again.exitStatus() != QProcess::NormalExit || again.exitCode() > exitStatus(ExitCode::Failed)) {
         violate(outcome, QStringLiteral("no-crash"),
                 QStringLiteral("the till did not finish the session after the kill (exit code %1): %2")
                     .arg(again.exitCode())

@@ -6,5 +6,5 @@ int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tessaro-till"));
-    return till::TillApplication(QCoreApplication::arguments()).exec();
+    return till::exitStatus(till::TillApplication(QCoreApplication::arguments()).exec());
 }

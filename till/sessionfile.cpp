@@ -175,9 +175,8 @@ QJsonObject SessionFile::emulatorJson(const SimulatedSession &session)
     QList<SessionFault> ordered = session.faults;
     std::stable_sort(ordered.begin(), ordered.end(), [](const SessionFault &a, const SessionFault &b) { return a.ordinal < b.ordinal; });
     for (const SessionFault &planned : std::as_const(ordered)) {
-        const bool unreachable = planned.kind == SessionFault::unreachable();
-        tessaro::emulator::Fault fault(*tessaro::emulator::Fault::kindFromName(unreachable ? QStringLiteral("reset") : planned.kind),
-                                       planned.path, 1);
+        // An unreachable service is written as the reset its kind holds.
+        tessaro::emulator::Fault fault(planned.kind, planned.path, 1);
         // A fault that strikes lets the requests before it pass, except those the faults before it took.
         fault.skip = planned.ordinal - earlier.value(planned.path);
         earlier[planned.path] += 1;
@@ -253,7 +252,7 @@ std::optional<SimulatedSession> SessionFile::read(const QByteArray &scenario, co
         planned.path = fault.path;
         planned.ordinal = fault.skip + earlier.value(fault.path);
         earlier[fault.path] += 1;
-        planned.kind = tessaro::emulator::Fault::kindName(fault.kind);
+        planned.kind = fault.kind;
         planned.delayMs = fault.delayMs;
         planned.status = fault.status;
         planned.body = fault.body;

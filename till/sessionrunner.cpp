@@ -172,8 +172,8 @@ SessionOutcome SessionRunner::run(const SimulatedSession &session) const
     const QList<SessionFault> struck = planner.struck();
     int unreachable = 0;
     for (const SessionFault &fault : struck) {
-        ++outcome.faults[fault.kind];
-        unreachable += fault.kind == SessionFault::unreachable() ? 1 : 0;
+        ++outcome.faults[fault.kindName()];
+        unreachable += fault.unreachable ? 1 : 0;
     }
     outcome.requests = emulator.journal().size() + unreachable;
     outcome.invariantsChecked = checker.checked();

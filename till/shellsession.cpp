@@ -80,7 +80,7 @@ QString ShellSession::help()
         .arg(ShellFields::positionFields().join(QStringLiteral(" ")), ShellFields::paymentFields().join(QStringLiteral(" ")));
 }
 
-int ShellSession::run(const QString &pluginFolder)
+ExitCode ShellSession::run(const QString &pluginFolder)
 {
     TerminalCashier cashier(m_in, m_out);
     ActionLog log;
@@ -91,7 +91,7 @@ int ShellSession::run(const QString &pluginFolder)
     log.begin(0, QStringLiteral("start"), QStringLiteral("the till starts"));
     if (!till.start(pluginFolder, TillSettings(), &error)) {
         *m_out << QStringLiteral("tessaro-till: ") << error << Qt::endl;
-        return 3;
+        return ExitCode::CannotRun;
     }
     const ActionRecord started = log.finish();
     *m_out << QStringLiteral("Till %1 of store %2, plug-in %3. Type help for the commands.")
@@ -110,7 +110,7 @@ int ShellSession::run(const QString &pluginFolder)
             break;
     }
     *m_out << Qt::endl;
-    return 0;
+    return ExitCode::Passed;
 }
 
 void ShellSession::newDocument(int type, const QString &saleIdentifier, Till *till, TillActions *actions)

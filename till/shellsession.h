@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exitcode.h"
 #include "tilldatafolder.h"
 
 #include <QString>
@@ -22,8 +23,8 @@ class ShellSession
 public:
     ShellSession(const TillDataFolder &folder, QTextStream *in, QTextStream *out);
 
-    /// Runs until "quit" or the end of input; returns the process exit code.
-    int run(const QString &pluginFolder);
+    /// Runs until "quit" or the end of input.
+    ExitCode run(const QString &pluginFolder);
 
     static QString help();
     /// Keeps every exchange with the service in \a recorder (null: none).

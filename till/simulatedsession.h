@@ -2,6 +2,8 @@
 
 #include "scenario.h"
 
+#include <emulator/fault.h>
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -12,17 +14,25 @@ namespace till {
 /// \c ordinal-th request (from 0) the till sends to \c path.
 struct SessionFault
 {
+    using Kind = tessaro::emulator::Fault::Kind;
+
     /// The service path as the client names it ("/advicenote", "/token").
     QString path;
     int ordinal = 0;
-    /// An emulator fault kind ("hang", "close-after-apply", …) or "unreachable".
-    QString kind;
+    /// What the emulator does to the request; a reset when \c unreachable.
+    Kind kind = Kind::Reset;
     int delayMs = 0;
     int status = 0;
     QByteArray body;
+    /// Nothing answers: the connection is refused before the emulator sees the
+    /// request. Written down as the reset the plug-in meets the same way.
+    bool unreachable = false;
 
-    /// The kind for a service that nothing answers (the connection is refused).
-    static QString unreachable() { return QStringLiteral("unreachable"); }
+    /// The kind's name in reports and session files: the emulator's, or "unreachable".
+    QString kindName() const
+    {
+        return unreachable ? QStringLiteral("unreachable") : tessaro::emulator::Fault::kindName(kind);
+    }
 };
 
 /// One cashier session of the simulation: the till's settings, documents and

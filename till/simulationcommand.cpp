@@ -120,23 +120,23 @@ SimulationReport::Failure SimulationCommand::settle(const SessionOutcome &outcom
     return failure;
 }
 
-int SimulationCommand::replay(quint64 seed)
+ExitCode SimulationCommand::replay(quint64 seed)
 {
     return report(play(seed), true);
 }
 
-int SimulationCommand::replayFile(const QString &scenarioFile)
+ExitCode SimulationCommand::replayFile(const QString &scenarioFile)
 {
     QString error;
     const std::optional<SimulatedSession> session = SessionFile::load(scenarioFile, &error);
     if (!session) {
         *m_err << QStringLiteral("tessaro-till: ") << error << Qt::endl;
-        return 2;
+        return ExitCode::BadInput;
     }
     return report(SessionRunner(m_options.pluginFolder, m_options.program).run(*session), false);
 }
 
-int SimulationCommand::report(const SessionOutcome &outcome, bool settleFailure)
+ExitCode SimulationCommand::report(const SessionOutcome &outcome, bool settleFailure)
 {
     SimulationReport report(outcome.seed);
     report.add(outcome);
@@ -148,10 +148,10 @@ int SimulationCommand::report(const SessionOutcome &outcome, bool settleFailure)
         *m_out << QJsonDocument(report.toJson()).toJson(QJsonDocument::Compact) << Qt::endl;
     else
         *m_out << report.text();
-    return outcome.failed() ? 1 : 0;
+    return outcome.failed() ? ExitCode::Failed : ExitCode::Passed;
 }
 
-int SimulationCommand::work(int first, int stride, qint64 deadline)
+ExitCode SimulationCommand::work(int first, int stride, qint64 deadline)
 {
     const int total = m_options.sessions.value_or(std::numeric_limits<int>::max());
     for (qint64 index = first; index < total; index += stride) {
@@ -168,7 +168,7 @@ int SimulationCommand::work(int first, int stride, qint64 deadline)
             line.insert(QStringLiteral("failure"), failureJson(settle(outcome)));
         *m_out << QJsonDocument(line).toJson(QJsonDocument::Compact) << Qt::endl;
     }
-    return 0;
+    return ExitCode::Passed;
 }
 
 QStringList SimulationCommand::workerArguments(int first, int stride, qint64 deadline) const
@@ -185,7 +185,7 @@ QStringList SimulationCommand::workerArguments(int first, int stride, qint64 dea
             QStringLiteral("--out"), m_options.outFolder};
 }
 
-int SimulationCommand::run()
+ExitCode SimulationCommand::run()
 {
     if (!m_options.sessions && !m_options.seconds)
         m_options.sessions = 100;
@@ -264,7 +264,7 @@ int SimulationCommand::run()
                     start(worker, next);
                     return;
                 }
-            } else if (status == QProcess::CrashExit || exitCode != 0) {
+            } else if (status == QProcess::CrashExit || exitCode != exitStatus(ExitCode::Passed)) {
                 // Between sessions: a sanitizer's report at exit (leaks), or a worker that could not run.
                 const QString detail = QStringLiteral("a worker ended with %1 after its sessions")
                                            .arg(status == QProcess::CrashExit ? QStringLiteral("a crash") : QStringLiteral("exit code %1").arg(exitCode));
@@ -296,7 +296,7 @@ int SimulationCommand::run()
         *m_out << QJsonDocument(report.toJson()).toJson(QJsonDocument::Compact) << Qt::endl;
     else
         *m_out << report.text();
-    return report.violations() == 0 ? 0 : 1;
+    return report.violations() == 0 ? ExitCode::Passed : ExitCode::Failed;
 }
 
 } // namespace till

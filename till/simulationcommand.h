@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exitcode.h"
 #include "sessiongenerator.h"
 #include "simulationreport.h"
 
@@ -54,15 +55,15 @@ public:
     /// (the client's cart sessions) instead of till sessions; those are not shrunk.
     static void setPlayer(const Player &player);
 
-    /// Runs the simulation in worker processes; returns 0 when no invariant was violated.
-    int run();
+    /// Runs the simulation in worker processes; passes when no invariant was violated.
+    ExitCode run();
     /// Plays the one session of \a seed in this process, shrinks and writes it when it fails.
-    int replay(quint64 seed);
+    ExitCode replay(quint64 seed);
     /// Plays the session written in \a scenarioFile (a shrunk failure) in this process.
-    int replayFile(const QString &scenarioFile);
+    ExitCode replayFile(const QString &scenarioFile);
     /// A worker: plays sessions first, first + stride, … until the count or
     /// the deadline (ms since the epoch, 0 for none), one JSON line each.
-    int work(int first, int stride, qint64 deadline);
+    ExitCode work(int first, int stride, qint64 deadline);
 
     /// The command that replays the session of \a seed.
     QString replayCommand(quint64 seed) const;
@@ -73,7 +74,7 @@ private:
     /// Shrinks a failing session and writes it; returns the failure for the report.
     SimulationReport::Failure settle(const SessionOutcome &outcome) const;
     SessionOutcome play(quint64 seed) const;
-    int report(const SessionOutcome &outcome, bool settleFailure);
+    ExitCode report(const SessionOutcome &outcome, bool settleFailure);
     QStringList workerArguments(int first, int stride, qint64 deadline) const;
 
     Options m_options;

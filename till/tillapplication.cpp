@@ -135,30 +135,30 @@ void TillApplication::quietenLogs(bool verbose)
         QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
 }
 
-int TillApplication::usage(const QString &problem) const
+ExitCode TillApplication::usage(const QString &problem) const
 {
     if (!problem.isEmpty())
         err() << QStringLiteral("tessaro-till: ") << problem << Qt::endl;
     err() << QStringLiteral("usage: tessaro-till init|run|shell|demo|check|simulate|contract [options]; tessaro-till COMMAND --help for more") << Qt::endl;
-    return BadInput;
+    return ExitCode::BadInput;
 }
 
-int TillApplication::parse(QCommandLineParser *parser, const QStringList &arguments, const QString &description)
+std::optional<ExitCode> TillApplication::parse(QCommandLineParser *parser, const QStringList &arguments, const QString &description)
 {
     parser->setApplicationDescription(description);
     const QCommandLineOption help = parser->addHelpOption();
     if (!parser->parse(arguments)) {
         err() << QStringLiteral("tessaro-till: ") << parser->errorText() << Qt::endl;
-        return BadInput;
+        return ExitCode::BadInput;
     }
     if (parser->isSet(help)) {
         out() << parser->helpText();
-        return Passed;
+        return ExitCode::Passed;
     }
-    return -1;
+    return std::nullopt;
 }
 
-int TillApplication::exec()
+ExitCode TillApplication::exec()
 {
     if (m_arguments.size() < 2)
         return usage(QString());
@@ -193,13 +193,15 @@ int TillApplication::exec()
             "  tessaro-till simulate [--seed N] [--sessions N]     random sessions with faults and kills, every invariant checked\n"
             "  tessaro-till contract CASSETTE [--against URL]      compare a service's answers with a recorded session's\n"
             "  tessaro-till --version [--plugins DIR]              the till's version and the plug-in's\n\n"
-            "tessaro-till COMMAND --help describes each command.\n");
-        return Passed;
+            "tessaro-till COMMAND --help describes each command.\n\n"
+            "Exit codes: 0 done, 1 something did not hold, 2 a wrong command line or file, 3 cannot run\n"
+            "(check: 1 warnings, 2 failures); docs/scenarios.md has the table.\n");
+        return ExitCode::Passed;
     }
     return usage(QStringLiteral("unknown command '%1'").arg(command));
 }
 
-int TillApplication::init(const QStringList &arguments)
+ExitCode TillApplication::init(const QStringList &arguments)
 {
     QCommandLineParser parser;
     const QCommandLineOption data = dataOption();
@@ -208,24 +210,24 @@ int TillApplication::init(const QStringList &arguments)
     const QCommandLineOption tokenUrl(QStringLiteral("token-url"), QStringLiteral("Where the till fetches its token (default: the service's address followed by /token)."),
                                       QStringLiteral("URL"));
     parser.addOptions({data, url, tokenUrl});
-    const int parsed = parse(&parser, arguments, QStringLiteral("Creates a till's data folder with default settings."));
-    if (parsed >= 0)
-        return parsed;
+    const std::optional<ExitCode> parsed = parse(&parser, arguments, QStringLiteral("Creates a till's data folder with default settings."));
+    if (parsed)
+        return *parsed;
     if (!parser.positionalArguments().isEmpty())
         return usage(QStringLiteral("init takes no arguments besides its options"));
     const TillDataFolder folder(parser.value(data));
     QString error;
     if (!folder.create(parser.value(url), parser.value(tokenUrl), &error)) {
         err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
-        return CannotRun;
+        return ExitCode::CannotRun;
     }
     out() << QStringLiteral("Created a till in %1 (service %2); its settings are in %3")
                  .arg(folder.path(), SecretMask().url(QUrl(parser.value(url))), folder.configFile())
           << Qt::endl;
-    return Passed;
+    return ExitCode::Passed;
 }
 
-int TillApplication::run(const QStringList &arguments)
+ExitCode TillApplication::run(const QStringList &arguments)
 {
     QCommandLineParser parser;
     const QCommandLineOption data = dataOption();
@@ -248,11 +250,11 @@ int TillApplication::run(const QStringList &arguments)
                                     QStringLiteral("FILE"));
     parser.addOptions({data, plugins, report, again, inProcess, strict, killAfterHook, verbose, record, replay});
     parser.addPositionalArgument(QStringLiteral("SCENARIO"), QStringLiteral("The scenario file (docs/scenarios.md)."));
-    const int parsed = parse(&parser, arguments,
+    const std::optional<ExitCode> parsed = parse(&parser, arguments,
                              QStringLiteral("Plays a scenario on the till and reports each action's hooks, dialogs and requests.\n"
                                             "A run stopped at any point continues from its first unfinished action when run again."));
-    if (parsed >= 0)
-        return parsed;
+    if (parsed)
+        return *parsed;
     if (parser.positionalArguments().size() != 1)
         return usage(QStringLiteral("run takes one scenario file"));
     quietenLogs(parser.isSet(verbose));
@@ -262,14 +264,14 @@ int TillApplication::run(const QStringList &arguments)
     QFile source(file);
     if (!source.open(QIODevice::ReadOnly)) {
         err() << QStringLiteral("tessaro-till: %1: cannot read the file: %2").arg(file, source.errorString()) << Qt::endl;
-        return BadInput;
+        return ExitCode::BadInput;
     }
     const QByteArray content = source.readAll();
     ScenarioParser scenarioParser(file);
     std::optional<Scenario> scenario = scenarioParser.parse(content);
     if (!scenario) {
         err() << QStringLiteral("tessaro-till: ") << scenarioParser.error().toString() << Qt::endl;
-        return BadInput;
+        return ExitCode::BadInput;
     }
 
     // A cassette holds one whole run in one process: it starts over and restarts within the process.
@@ -282,12 +284,12 @@ int TillApplication::run(const QStringList &arguments)
         const auto recorded = tessaro::contracts::CassetteFile::read(parser.value(replay), &error);
         if (!recorded) {
             err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
-            return BadInput;
+            return ExitCode::BadInput;
         }
         if (!replayer.start(*recorded, &error)
             || (!parser.isSet(data) && !TillDataFolder(dataPath = replayFolder.path()).create(replayer.serviceUrl(), replayer.tokenUrl(), &error))) {
             err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
-            return CannotRun;
+            return ExitCode::CannotRun;
         }
         scenario->till.config.insert(replayer.config());
     }
@@ -313,20 +315,20 @@ int TillApplication::run(const QStringList &arguments)
     QString error;
     if (!runner.run(options, &result, &error)) {
         err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
-        return CannotRun;
+        return ExitCode::CannotRun;
     }
     result.failures << replayer.failures();
     if (parser.isSet(record) && !writeCassette(recorder, parser.value(record)))
-        return CannotRun;
+        return ExitCode::CannotRun;
     out() << Qt::endl << ReportWriter::text(result);
     if (parser.isSet(report) && !ReportWriter::writeJson(result, parser.value(report), &error)) {
         err() << QStringLiteral("tessaro-till: ") << error << Qt::endl;
-        return CannotRun;
+        return ExitCode::CannotRun;
     }
-    return result.passed() ? Passed : Failed;
+    return result.passed() ? ExitCode::Passed : ExitCode::Failed;
 }
 
-int TillApplication::shell(const QStringList &arguments)
+ExitCode TillApplication::shell(const QStringList &arguments)
 {
     QCommandLineParser parser;
     const QCommandLineOption data = dataOption();
@@ -334,24 +336,24 @@ int TillApplication::shell(const QStringList &arguments)
     const QCommandLineOption verbose = verboseOption();
     const QCommandLineOption record = recordOption();
     parser.addOptions({data, plugins, verbose, record});
-    const int parsed = parse(&parser, arguments,
+    const std::optional<ExitCode> parsed = parse(&parser, arguments,
                              QStringLiteral("Works the till at the terminal: type commands, answer the plug-in's dialogs.\n\n")
                                  + ShellSession::help());
-    if (parsed >= 0)
-        return parsed;
+    if (parsed)
+        return *parsed;
     quietenLogs(parser.isSet(verbose));
     QTextStream in(stdin);
     ShellSession session(TillDataFolder(parser.value(data)), &in, &out());
     CassetteRecorder recorder;
     if (parser.isSet(record))
         session.setRecorder(&recorder);
-    const int code = session.run(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder());
+    const ExitCode code = session.run(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder());
     if (parser.isSet(record) && !writeCassette(recorder, parser.value(record)))
-        return CannotRun;
+        return ExitCode::CannotRun;
     return code;
 }
 
-int TillApplication::demo(const QStringList &arguments)
+ExitCode TillApplication::demo(const QStringList &arguments)
 {
     QCommandLineParser parser;
     const QCommandLineOption plugins = pluginsOption();
@@ -362,19 +364,19 @@ int TillApplication::demo(const QStringList &arguments)
                                                    "(docs/contracts.md)."),
                                     QStringLiteral("DIR"));
     parser.addOptions({plugins, keep, verbose, record});
-    const int parsed = parse(&parser, arguments,
+    const std::optional<ExitCode> parsed = parse(&parser, arguments,
                              QStringLiteral("Plays the bundled scenarios, each on a new till against the Tessaro service emulator,\n"
                                             "which runs in this process on a free loopback port."));
-    if (parsed >= 0)
-        return parsed;
+    if (parsed)
+        return *parsed;
     quietenLogs(parser.isSet(verbose));
     DemoRunner demo(&out());
     demo.setCassetteFolder(parser.value(record));
-    return demo.run(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder(), parser.value(keep)) == 0 ? Passed : Failed;
+    return demo.run(parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder(), parser.value(keep));
 }
 
 
-int TillApplication::simulate(const QStringList &arguments)
+ExitCode TillApplication::simulate(const QStringList &arguments)
 {
     QCommandLineParser parser;
     const QCommandLineOption seed(QStringLiteral("seed"), QStringLiteral("The run's seed (default: a new one, printed)."), QStringLiteral("N"));
@@ -409,13 +411,13 @@ int TillApplication::simulate(const QStringList &arguments)
     for (QCommandLineOption *hidden : {&worker, &stride, &deadline})
         hidden->setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOptions({seed, sessions, seconds, jobs, killRate, faultRate, plugins, json, outFolder, replay, scenario, cart, worker, stride, deadline});
-    const int parsed = parse(&parser, arguments,
+    const std::optional<ExitCode> parsed = parse(&parser, arguments,
                              QStringLiteral("Plays seeded random cashier sessions on tills with the real plug-in against the Tessaro service\n"
                                             "emulator in the process, with service faults and till kills, and checks every invariant after\n"
                                             "every step. A failing session prints its seed and the command that replays it, and is shrunk\n"
                                             "and written as a scenario. Exit code 0: no invariant was violated. docs/simulation.md tells more."));
-    if (parsed >= 0)
-        return parsed;
+    if (parsed)
+        return *parsed;
     if (!parser.positionalArguments().isEmpty())
         return usage(QStringLiteral("simulate takes no arguments besides its options"));
 
@@ -460,7 +462,7 @@ int TillApplication::simulate(const QStringList &arguments)
     return command.run();
 }
 
-int TillApplication::contract(const QStringList &arguments)
+ExitCode TillApplication::contract(const QStringList &arguments)
 {
     QCommandLineParser parser;
     const QCommandLineOption against(QStringLiteral("against"),
@@ -481,13 +483,13 @@ int TillApplication::contract(const QStringList &arguments)
                                   QStringLiteral("The till whose \"Tessaro:authorizationHeader\" the token request carries."), QStringLiteral("DIR"));
     parser.addOptions({against, tokenUrl, allowWrites, rules, emulatorSettings, data});
     parser.addPositionalArgument(QStringLiteral("CASSETTE"), QStringLiteral("The recorded session (tessaro-till run --record)."));
-    const int parsed = parse(&parser, arguments,
+    const std::optional<ExitCode> parsed = parse(&parser, arguments,
                              QStringLiteral("Sends a cassette's requests to the emulator or to a service and compares every answer with the\n"
                                             "recorded one by contract: status, keys present and missing, value types, arrays empty or not,\n"
                                             "values unless the rules let them vary. One line per request, then a summary.\n\n"
                                             "Exit code: 0 no drift, 1 drift, 2 a wrong command line, cassette or rules file, 3 cannot run."));
-    if (parsed >= 0)
-        return parsed;
+    if (parsed)
+        return *parsed;
     if (parser.positionalArguments().size() != 1)
         return usage(QStringLiteral("contract takes one cassette file"));
     if (parser.isSet(against) && parser.isSet(emulatorSettings))
@@ -504,7 +506,7 @@ int TillApplication::contract(const QStringList &arguments)
     return ContractCommand(options, &out(), &err()).run();
 }
 
-int TillApplication::check(const QStringList &arguments)
+ExitCode TillApplication::check(const QStringList &arguments)
 {
     QCommandLineParser parser;
     const QCommandLineOption data = dataOption();
@@ -519,22 +521,22 @@ int TillApplication::check(const QStringList &arguments)
                                        QStringLiteral("SECONDS"), QStringLiteral("900"));
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Write the verdict as JSON, for monitoring systems."));
     parser.addOptions({data, config, dictionaries, plugins, tolerance, json});
-    const int parsed = parse(&parser, arguments,
+    const std::optional<ExitCode> parsed = parse(&parser, arguments,
                              QStringLiteral("Checks a till before its first return: the plug-in's configuration as the plug-in reads it,\n"
                                             "the way to the service step by step (name resolution, TCP, TLS and certificate, token,\n"
                                             "one authorised read-only request, the gateway's verdict on the signature) and the clock.\n"
                                             "Changes nothing at the till or the service; shows no secret.\n\n"
                                             "Exit code: 0 all ok, 1 warnings, 2 failures."));
-    // A wrong command line says 2, as a failed check does.
-    if (parsed >= 0)
-        return parsed;
+    // A wrong command line says BadInput, as a failed check does.
+    if (parsed)
+        return *parsed;
     bool toleranceRead = false;
     TillCheck::Options options;
     options.clockToleranceSeconds = parser.value(tolerance).toInt(&toleranceRead);
     if (!parser.positionalArguments().isEmpty() || (parser.isSet(data) && parser.isSet(config)) || !toleranceRead
         || (parser.isSet(dictionaries) && !parser.isSet(config))) {
         usage(QStringLiteral("check takes --data DIR or --config FILE (with --dictionaries FILE), and a whole number of seconds for --clock-tolerance"));
-        return CheckReport::Failures;
+        return ExitCode::BadInput;
     }
     options.dataFolder = parser.isSet(config) ? QString() : parser.value(data);
     options.configFile = parser.value(config);
@@ -552,26 +554,26 @@ int TillApplication::check(const QStringList &arguments)
     return report.exitCode();
 }
 
-int TillApplication::version(const QStringList &arguments)
+ExitCode TillApplication::version(const QStringList &arguments)
 {
     QCommandLineParser parser;
     const QCommandLineOption plugins = pluginsOption();
     parser.addOption(plugins);
-    const int parsed = parse(&parser, arguments,
+    const std::optional<ExitCode> parsed = parse(&parser, arguments,
                              QStringLiteral("Prints the till's version and the plug-in's, read from its library file without loading it."));
-    if (parsed >= 0)
-        return parsed;
+    if (parsed)
+        return *parsed;
     out() << QStringLiteral("tessaro-till " TESSARO_VERSION) << Qt::endl;
     const QString folder = parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder();
     const QString file = QFileInfo(QDir(folder).filePath(PluginHost::libraryName())).absoluteFilePath();
     if (!QFileInfo::exists(file)) {
         out() << QStringLiteral("plug-in: no %1 in %2").arg(PluginHost::libraryName(), folder) << Qt::endl;
-        return Passed;
+        return ExitCode::Passed;
     }
     const QString version = PluginHost::versionOf(file);
     out() << QStringLiteral("plug-in %1: %2").arg(file, version.isEmpty() ? QStringLiteral("no version mark in it") : QStringLiteral("TessaroBack ") + version)
           << Qt::endl;
-    return Passed;
+    return ExitCode::Passed;
 }
 
 } // namespace till

@@ -1,25 +1,24 @@
 #pragma once
 
+#include "exitcode.h"
+
 #include <QStringList>
+
+#include <optional>
 
 class QCommandLineParser;
 
 namespace till {
 
-/// The tessaro-till command: init, run, shell, demo, check and simulate, each with --help.
-///
-/// Exit codes: 0 done (every expectation held), 1 an expectation failed,
-/// 2 wrong command line or scenario file, 3 the till could not run. The check
-/// says 0 all ok, 1 warnings, 2 failures (a wrong command line included).
+/// The tessaro-till command: init, run, shell, demo, check, simulate and
+/// contract, each with --help; every one says how it went by an ExitCode.
 class TillApplication
 {
 public:
-    enum ExitCode { Passed = 0, Failed = 1, BadInput = 2, CannotRun = 3 };
-
     /// \a arguments as the process got them (program name first).
     explicit TillApplication(const QStringList &arguments);
 
-    int exec();
+    ExitCode exec();
 
     /// Where the plug-in is looked for without --plugins: $TESSARO_PLUGIN_DIR,
     /// else the build's plug-in folder when it holds the plug-in, else the
@@ -27,19 +26,19 @@ public:
     static QString defaultPluginFolder();
 
 private:
-    int init(const QStringList &arguments);
-    int run(const QStringList &arguments);
-    int shell(const QStringList &arguments);
-    int demo(const QStringList &arguments);
-    int simulate(const QStringList &arguments);
-    int check(const QStringList &arguments);
-    int contract(const QStringList &arguments);
+    ExitCode init(const QStringList &arguments);
+    ExitCode run(const QStringList &arguments);
+    ExitCode shell(const QStringList &arguments);
+    ExitCode demo(const QStringList &arguments);
+    ExitCode simulate(const QStringList &arguments);
+    ExitCode check(const QStringList &arguments);
+    ExitCode contract(const QStringList &arguments);
     /// The tool's version and, read from its metadata without loading it, the plug-in's.
-    int version(const QStringList &arguments);
-    int usage(const QString &problem) const;
+    ExitCode version(const QStringList &arguments);
+    ExitCode usage(const QString &problem) const;
 
-    /// Parses \a arguments; returns -1 to go on, or an exit code (after --help or an error).
-    static int parse(QCommandLineParser *parser, const QStringList &arguments, const QString &description);
+    /// Parses \a arguments; returns nothing to go on, or the exit code (after --help or an error).
+    static std::optional<ExitCode> parse(QCommandLineParser *parser, const QStringList &arguments, const QString &description);
     static void quietenLogs(bool verbose);
 
     QStringList m_arguments;

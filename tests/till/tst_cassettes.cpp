@@ -380,7 +380,7 @@ void TestCassettes::onlyReadsAgainstAService()
     options.tokenUrl = service.tokenUrl().toString();
     QString output;
     QTextStream out(&output);
-    QCOMPARE(ContractCommand(options, &out, &out).run(), int(ContractCommand::Same));
+    QCOMPARE(ContractCommand(options, &out, &out).run(), ExitCode::Passed);
     out.flush();
     QVERIFY2(output.contains(QStringLiteral("  1 POST /token  skipped (the till's credentials are needed: --data DIR)")), qPrintable(output));
     QCOMPARE(service.journal().size(), 0);
@@ -390,7 +390,7 @@ void TestCassettes::onlyReadsAgainstAService()
     QVERIFY2(TillDataFolder(m_dir.filePath(QStringLiteral("service-till"))).create(options.against, options.tokenUrl, &error), qPrintable(error));
     options.dataFolder = m_dir.filePath(QStringLiteral("service-till"));
     output.clear();
-    QVERIFY2(ContractCommand(options, &out, &out).run() == ContractCommand::Same, qPrintable(output));
+    QVERIFY2(ContractCommand(options, &out, &out).run() == ExitCode::Passed, qPrintable(output));
     out.flush();
     QVERIFY2(output.contains(QStringLiteral("only the token request and GETs are sent: --allow-writes sends the rest")), qPrintable(output));
     QVERIFY2(output.contains(QStringLiteral("  2 POST /advicenote  skipped (a write)")), qPrintable(output));

@@ -75,9 +75,9 @@ void TestCommittedCassettes::emulatorKeepsTheContract()
     QString output;
     QTextStream out(&output);
     QTextStream err(&output);
-    const int code = ContractCommand(options, &out, &err).run();
+    const ExitCode code = ContractCommand(options, &out, &err).run();
     out.flush();
-    QVERIFY2(code == ContractCommand::Same, qPrintable(output));
+    QVERIFY2(code == ExitCode::Passed, qPrintable(output));
     QVERIFY2(output.contains(QStringLiteral(" 0 drifted, 0 skipped")), qPrintable(output));
 }
 

@@ -89,9 +89,9 @@ QString TestShellRehearsal::shell(const QByteArray &input)
     QString printed;
     QTextStream out(&printed);
     ShellSession session(newTill(QStringLiteral("shell")), &in, &out);
-    const int exitCode = session.run(QStringLiteral(TILL_PLUGIN_DIR));
+    const ExitCode exitCode = session.run(QStringLiteral(TILL_PLUGIN_DIR));
     out.flush();
-    return exitCode == 0 ? printed : QStringLiteral("exit code %1\n%2").arg(exitCode).arg(printed);
+    return exitCode == ExitCode::Passed ? printed : QStringLiteral("exit code %1\n%2").arg(exitStatus(exitCode)).arg(printed);
 }
 
 QJsonObject TestShellRehearsal::adviceNote() const

@@ -11,6 +11,7 @@
 #include <emulator/emulator.h>
 #include <log4qt/logger.h>
 
+#include <QFile>
 #include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QTest>
@@ -29,6 +30,7 @@ private slots:
     void sessionSeedsDiffer();
     void faultPlannerReplaysItsDraws();
     void sessionFileRoundTrip();
+    void sessionFileRefusesAnUnknownFaultKind();
     void messageTable_data();
     void messageTable();
     void shrinkerKeepsWhatFails();
@@ -81,14 +83,14 @@ void TestSimulation::faultPlannerReplaysItsDraws()
     QStringList first;
     for (const QString &path : paths) {
         const std::optional<SessionFault> fault = drawn.next(path);
-        first << (fault ? fault->kind : QString());
+        first << (fault ? fault->kindName() : QString());
     }
     QVERIFY(!drawn.struck().isEmpty());
     FaultPlanner replayed(drawn.struck());
     QStringList second;
     for (const QString &path : paths) {
         const std::optional<SessionFault> fault = replayed.next(path);
-        second << (fault ? fault->kind : QString());
+        second << (fault ? fault->kindName() : QString());
     }
     QCOMPARE(second, first);
 }
@@ -97,9 +99,9 @@ void TestSimulation::sessionFileRoundTrip()
 {
     SimulatedSession session = SessionGenerator({0.3, 0.2}).generate(11);
     session.scripted = true;
-    session.faults = {{QStringLiteral("/advicenote"), 0, QStringLiteral("shift-closed"), 0, 0, {}},
-                      {QStringLiteral("/advicenote"), 2, QStringLiteral("http-status"), 0, 500, R"({"message": "Internal Server Error"})"},
-                      {QStringLiteral("/token"), 1, QStringLiteral("delay"), 40, 0, {}}};
+    session.faults = {{QStringLiteral("/advicenote"), 0, SessionFault::Kind::ShiftClosed, 0, 0, {}},
+                      {QStringLiteral("/advicenote"), 2, SessionFault::Kind::HttpStatus, 0, 500, R"({"message": "Internal Server Error"})"},
+                      {QStringLiteral("/token"), 1, SessionFault::Kind::Delay, 40, 0, {}}};
     QTemporaryDir dir;
     QString error;
     const QString file = SessionFile::write(session, dir.path(), QStringLiteral("s"), QStringLiteral("round trip"), &error);
@@ -113,10 +115,25 @@ void TestSimulation::sessionFileRoundTrip()
     QCOMPARE(read->faults.size(), 3);
     QStringList faults;
     for (const SessionFault &fault : read->faults)
-        faults << QStringLiteral("%1 %2 %3").arg(fault.path).arg(fault.ordinal).arg(fault.kind);
+        faults << QStringLiteral("%1 %2 %3").arg(fault.path).arg(fault.ordinal).arg(fault.kindName());
     faults.sort();
     QCOMPARE(faults, QStringList({QStringLiteral("/advicenote 0 shift-closed"), QStringLiteral("/advicenote 2 http-status"),
                                   QStringLiteral("/token 1 delay")}));
+}
+
+void TestSimulation::sessionFileRefusesAnUnknownFaultKind()
+{
+    QTemporaryDir dir;
+    QString error;
+    SimulatedSession session = SessionGenerator({0.3, 0.2}).generate(11);
+    const QString file = SessionFile::write(session, dir.path(), QStringLiteral("s"), QStringLiteral("misspelt"), &error);
+    QVERIFY2(!file.isEmpty(), qPrintable(error));
+    QFile emulator(dir.filePath(QStringLiteral("emulator/s.json")));
+    QVERIFY(emulator.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    emulator.write(R"({"auth": "token", "faults": [{"kind": "hnag", "path": "/advicenote", "count": 1}]})");
+    emulator.close();
+    QVERIFY(!SessionFile::load(file, &error));
+    QCOMPARE(error, QStringLiteral("unknown fault kind 'hnag'"));
 }
 
 void TestSimulation::messageTable_data()
@@ -243,7 +260,7 @@ void TestSimulation::killWaitsForTheHeldAdviceNote()
     QVERIFY2(session, qPrintable(error));
     session->killChild = true;
     session->killRequest = 0;
-    session->faults << SessionFault{QStringLiteral("/till/open"), 0, QStringLiteral("delay"), 300, 0, {}};
+    session->faults << SessionFault{QStringLiteral("/till/open"), 0, SessionFault::Kind::Delay, 300, 0, {}};
 
     SessionOutcome outcome;
     outcome.requests = 1;

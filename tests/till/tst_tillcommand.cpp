@@ -24,6 +24,8 @@ private slots:
     void init();
     void everyCommandHasHelp_data();
     void everyCommandHasHelp();
+    void everyCommandSaysByOneSetOfExitCodes_data();
+    void everyCommandSaysByOneSetOfExitCodes();
     void initCreatesATillOnce();
     void badScenarioChangesNothing_data();
     void badScenarioChangesNothing();
@@ -126,6 +128,44 @@ void TestTillCommand::everyCommandHasHelp()
     QVERIFY(result.out.contains(QStringLiteral("--help")));
     QCOMPARE(till({QStringLiteral("--help")}).exitCode, 0);
     QCOMPARE(till({QStringLiteral("dance")}).exitCode, 2);
+}
+
+void TestTillCommand::everyCommandSaysByOneSetOfExitCodes_data()
+{
+    // DIR is the test's folder, which holds no till and no plug-in; FAKE the stand-in plug-in's folder.
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("says");
+    QTest::newRow("help names the codes") << QStringList{"--help"} << 0
+                                          << QStringLiteral("Exit codes: 0 done, 1 something did not hold, 2 a wrong command line or file, 3 cannot run");
+    QTest::newRow("unknown command") << QStringList{"dance"} << 2 << QStringLiteral("unknown command 'dance'");
+    QTest::newRow("run, unknown option") << QStringList{"run", "--dance"} << 2 << QStringLiteral("Unknown option 'dance'");
+    QTest::newRow("shell, no till") << QStringList{"shell", "--data", "DIR/none", "--plugins", "FAKE"} << 3 << QStringLiteral("holds no till");
+    QTest::newRow("demo, no plug-in") << QStringList{"demo", "--plugins", "DIR"} << 3 << QStringLiteral("0 passed");
+    QTest::newRow("simulate, unknown fault kind") << QStringList{"simulate", "--scenario", "DIR/scenario.json"} << 2
+                                                  << QStringLiteral("unknown fault kind 'hnag'");
+    QTest::newRow("contract, no cassette") << QStringList{"contract", "DIR/none.json"} << 2 << QStringLiteral("none.json");
+    QTest::newRow("check, unknown option") << QStringList{"check", "--dance"} << 2 << QStringLiteral("Unknown option 'dance'");
+    QTest::newRow("version, unknown option") << QStringList{"--version", "--dance"} << 2 << QStringLiteral("Unknown option 'dance'");
+}
+
+void TestTillCommand::everyCommandSaysByOneSetOfExitCodes()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, code);
+    QFETCH(QString, says);
+    writeScenario(returnScenario);
+    QVERIFY(QDir(m_dir->path()).mkpath(QStringLiteral("emulator")));
+    QFile faults(m_dir->filePath(QStringLiteral("emulator/scenario.json")));
+    QVERIFY(faults.open(QIODevice::WriteOnly));
+    faults.write(R"({"auth": "token", "faults": [{"kind": "hnag", "path": "/advicenote", "count": 1}]})");
+    faults.close();
+    arguments.replaceInStrings(QStringLiteral("DIR"), m_dir->path());
+    arguments.replaceInStrings(QStringLiteral("FAKE"), QStringLiteral(TILL_FAKE_PLUGIN_DIR));
+    const Result result = till(arguments);
+    QCOMPARE(result.status, QProcess::NormalExit);
+    QVERIFY2((result.out + result.err).contains(says), qPrintable(result.out + result.err));
+    QCOMPARE(result.exitCode, code);
 }
 
 void TestTillCommand::initCreatesATillOnce()
