@@ -19,6 +19,7 @@ DocumentStore::DocumentStore(const QString &folder)
 bool DocumentStore::load(QString *error)
 {
     m_documents.clear();
+    m_index.clear();
     const QDir dir(m_folder);
     const QStringList files = dir.entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name);
     for (const QString &name : files) {
@@ -36,6 +37,9 @@ bool DocumentStore::load(QString *error)
                 *error = QStringLiteral("%1 is not a document").arg(file.fileName());
             return false;
         }
+        // Of two files with one id, the first in name order is the one found.
+        if (!m_index.contains(document->getId()))
+            m_index.insert(document->getId(), m_documents.size());
         m_documents << document;
     }
     return true;
@@ -43,22 +47,19 @@ bool DocumentStore::load(QString *error)
 
 QSharedPointer<AbstractDocument> DocumentStore::find(const QString &id) const
 {
-    for (const auto &document : m_documents) {
-        if (document->getId() == id)
-            return document;
-    }
-    return {};
+    const auto found = m_index.constFind(id);
+    return found == m_index.cend() ? QSharedPointer<AbstractDocument>() : m_documents.at(*found);
 }
 
 bool DocumentStore::add(const QSharedPointer<AbstractDocument> &document)
 {
-    for (auto &known : m_documents) {
-        if (known->getId() == document->getId()) {
-            known = document;
-            return save(document);
-        }
+    const auto found = m_index.constFind(document->getId());
+    if (found != m_index.cend()) {
+        m_documents[*found] = document;
+    } else {
+        m_index.insert(document->getId(), m_documents.size());
+        m_documents << document;
     }
-    m_documents << document;
     return save(document);
 }
 

@@ -2,6 +2,7 @@
 
 #include <abstractdocument.h>
 
+#include <QHash>
 #include <QList>
 #include <QSharedPointer>
 #include <QString>
@@ -30,6 +31,8 @@ public:
 private:
     QString m_folder;
     QList<QSharedPointer<AbstractDocument>> m_documents;
+    /// Position in m_documents by id: a day's documents are found at one cost.
+    QHash<QString, qsizetype> m_index;
 };
 
 } // namespace till

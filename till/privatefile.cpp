@@ -1,8 +1,10 @@
 #include "privatefile.h"
 
+#include <QFile>
 #include <QSaveFile>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace till {
 
@@ -40,6 +42,22 @@ bool PrivateFile::write(const QString &path, const QByteArray &content, QString 
     // commit() misses a write the disk cut short (a full disk), and would put
     // the truncated file in place of the good one: the write is checked here.
     if (opened && file.write(content) == content.size() && file.flush() && file.commit())
+        return true;
+    if (error)
+        *error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
+    return false;
+}
+
+bool PrivateFile::append(const QString &path, const QByteArray &content, QString *error)
+{
+    QFile file(path);
+    bool opened = false;
+    {
+        const CreationMask ownerOnly(S_IRWXG | S_IRWXO);
+        opened = file.open(QIODevice::WriteOnly | QIODevice::Append);
+    }
+    // On the disk before the till goes on, as a replaced file is.
+    if (opened && file.write(content) == content.size() && file.flush() && ::fdatasync(file.handle()) == 0)
         return true;
     if (error)
         *error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());

@@ -15,6 +15,10 @@ class PrivateFile
 {
 public:
     static bool write(const QString &path, const QByteArray &content, QString *error);
+    /// Adds \a content at the end of \a path (created owner-only when missing)
+    /// and waits until it is on the disk. A till stopped while appending leaves
+    /// the content before it whole; the end may hold part of \a content.
+    static bool append(const QString &path, const QByteArray &content, QString *error);
 };
 
 } // namespace till

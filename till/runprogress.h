@@ -9,18 +9,23 @@
 namespace till {
 
 /// How far a run of one scenario has come on one till, kept in the data
-/// folder (progress/<hash of the scenario>.json) and rewritten after every
-/// action, so that a till stopped at any moment continues from the first
-/// action it had not finished.
+/// folder (progress/<hash of the scenario>.jsonl), so that a till stopped at
+/// any moment continues from the first action it had not finished. The file
+/// is a journal, one JSON object a line: the run's number, then a line per
+/// record as it is saved, and a last one when the run finished. Saving adds
+/// only the new lines, so an action costs the same early and late in a day.
 class RunProgress
 {
 public:
     /// The progress of the scenario whose file content is \a scenario.
     RunProgress(const QString &folder, const QByteArray &scenario);
 
-    /// Reads the saved progress; without one (or after a finished run) this is a fresh run.
+    /// Reads the saved progress; without one (or after a finished run) this is
+    /// a fresh run. A last line cut short is dropped. An unfinished run in the
+    /// older whole-file form cannot be continued: the error says so.
     bool load(QString *error);
-    bool save(QString *error) const;
+    /// Writes what was recorded since the last save.
+    bool save(QString *error);
     /// Forgets the saved progress: the next run starts at the first action.
     void clear();
 
@@ -44,13 +49,22 @@ public:
     void finish() { m_finished = true; }
 
 private:
+    /// Refuses an unfinished run kept by an older till; forgets a finished one.
+    bool loadOlder(QString *error);
+
     QString m_file;
+    QString m_olderFile;
     bool m_resumed = false;
+    /// Whether the file holds this run's first line.
+    bool m_started = false;
+    bool m_finishSaved = false;
     int m_run = 0;
     int m_done = 0;
     int m_answers = 0;
     bool m_finished = false;
     QList<ActionRecord> m_records;
+    /// Lines recorded and not yet saved.
+    QByteArray m_pending;
 };
 
 } // namespace till

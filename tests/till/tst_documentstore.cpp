@@ -19,6 +19,7 @@ private slots:
     void documentComesBackAfterARestart();
     void buildsDocumentsFromTheirDescription();
     void refusesAFileThatIsNoDocument();
+    void findsEachOfManyDocuments();
 };
 
 namespace {
@@ -103,6 +104,36 @@ void TestDocumentStore::refusesAFileThatIsNoDocument()
     QString error;
     QVERIFY(!store.load(&error));
     QCOMPARE(error, QStringLiteral("%1 is not a document").arg(file.fileName()));
+}
+
+void TestDocumentStore::findsEachOfManyDocuments()
+{
+    TestHost host;
+    const QString folder = host.folder() + QStringLiteral("/documents");
+    host.setConfig(QStringLiteral("[Host]\ndocumentsDir=%1\n").arg(folder));
+    const DocumentBuilder builder(27, QStringLiteral("7"));
+    const DocumentSpec spec = *scenario().document(QStringLiteral("r"));
+    DocumentStore store(folder);
+    for (int i = 0; i < 5; ++i)
+        QVERIFY(store.add(builder.document(spec, QStringLiteral("run0001-r%1").arg(i), QDateTime::currentDateTime())));
+    // The same id again replaces the document in its place.
+    const auto replacement = builder.document(spec, QStringLiteral("run0001-r2"), QDateTime::currentDateTime());
+    QVERIFY(store.add(replacement));
+    QCOMPARE(store.documents().size(), 5);
+    QCOMPARE(store.find(QStringLiteral("run0001-r2")), replacement);
+    QCOMPARE(store.documents().at(2), replacement);
+    QVERIFY(!store.find(QStringLiteral("run0001-r5")));
+
+    DocumentStore read(folder);
+    QString error;
+    QVERIFY2(read.load(&error), qPrintable(error));
+    QCOMPARE(read.documents().size(), 5);
+    for (int i = 0; i < 5; ++i)
+        QCOMPARE(read.find(QStringLiteral("run0001-r%1").arg(i))->getId(), QStringLiteral("run0001-r%1").arg(i));
+    // Reading again forgets what was read before.
+    QVERIFY(read.load(&error));
+    QCOMPARE(read.documents().size(), 5);
+    QVERIFY(read.find(QStringLiteral("run0001-r4")));
 }
 
 QTEST_GUILESS_MAIN(TestDocumentStore)
