@@ -41,7 +41,9 @@ PluginHost::~PluginHost() = default;
 
 bool PluginHost::load(const QString &folder, QString *error)
 {
-    const QString path = QDir(folder).filePath(libraryName());
+    // QPluginLoader looks a relative name up in the library paths, not in the
+    // working directory that a folder given on the command line means.
+    const QString path = QFileInfo(QDir(folder).filePath(libraryName())).absoluteFilePath();
     if (!QFileInfo::exists(path)) {
         if (error)
             *error = QStringLiteral("no plug-in %1 in %2").arg(libraryName(), QDir(folder).absolutePath());

@@ -31,6 +31,7 @@ private slots:
     void badScenarioChangesNothing();
     void runNeedsATill();
     void runReportsAndSaysByItsExitCode();
+    void runTakesAPluginFolderRelativeToTheWorkingDirectory();
     void runKeepsSecretsOutOfItsOutputAndFiles();
     void killedTillContinuesWhereItStopped();
     void restartReplacesTheProcess();
@@ -232,6 +233,16 @@ void TestTillCommand::runReportsAndSaysByItsExitCode()
     result = till({QStringLiteral("run"), QStringLiteral("--data"), m_data, QStringLiteral("--plugins"), QStringLiteral(TILL_FAKE_PLUGIN_DIR), writeScenario(json)});
     QCOMPARE(result.exitCode, 1);
     QVERIFY2(result.out.contains(QStringLiteral("  - paymentTotals.1: expected 11, found 20\n")), qPrintable(result.out));
+}
+
+void TestTillCommand::runTakesAPluginFolderRelativeToTheWorkingDirectory()
+{
+    QCOMPARE(till({QStringLiteral("init"), QStringLiteral("--data"), m_data, QStringLiteral("--service-url"), m_server->url(QStringLiteral("/")).toString()}).exitCode, 0);
+    // The loader would look a relative name up in the library paths, not here.
+    const QString folder = QDir::current().relativeFilePath(QStringLiteral(TILL_FAKE_PLUGIN_DIR));
+    QVERIFY(QDir::isRelativePath(folder));
+    const Result result = till({QStringLiteral("run"), QStringLiteral("--data"), m_data, QStringLiteral("--plugins"), folder, writeScenario(returnScenario)});
+    QVERIFY2(result.exitCode == 0, qPrintable(result.out + result.err));
 }
 
 void TestTillCommand::runKeepsSecretsOutOfItsOutputAndFiles()
