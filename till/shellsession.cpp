@@ -26,18 +26,18 @@ namespace {
 /// The position or payment in \a object, the JSON ShellFields made of the
 /// command's words, read as a scenario's; nothing, after saying why, when
 /// the words named no field (\a wordError) or the parser refuses a value.
-template <typename Spec>
-std::optional<Spec> readSpec(const QString &command, const std::optional<QJsonObject> &object, const QString &wordError,
-                             std::optional<Spec> (ScenarioParser::*parse)(const QJsonObject &), QTextStream *out)
+template <typename Parsed>
+std::optional<Parsed> readParsed(const QString &command, const std::optional<QJsonObject> &object, const QString &wordError,
+                                 std::optional<Parsed> (ScenarioParser::*parse)(const QJsonObject &), QTextStream *out)
 {
     ScenarioParser parser;
-    std::optional<Spec> spec = object ? (parser.*parse)(*object) : std::nullopt;
-    if (!spec) {
+    std::optional<Parsed> parsed = object ? (parser.*parse)(*object) : std::nullopt;
+    if (!parsed) {
         const ScenarioError error = parser.error();
         const QString why = !object ? wordError : error.path.isEmpty() ? error.message : error.path + QStringLiteral(": ") + error.message;
         *out << command << QStringLiteral(": ") << why << Qt::endl;
     }
-    return spec;
+    return parsed;
 }
 
 } // namespace
@@ -184,7 +184,7 @@ bool ShellSession::execute(const QString &line, Till *till, TillActions *actions
             ++next;
         }
         QString error;
-        const std::optional<PositionSpec> position = readSpec(QStringLiteral("add"), ShellFields::position(argument(1), words.mid(next), &error),
+        const std::optional<PositionSpec> position = readParsed(QStringLiteral("add"), ShellFields::position(argument(1), words.mid(next), &error),
                                                               error, &ScenarioParser::parsePosition, m_out);
         ok = position.has_value();
         if (ok)
@@ -197,7 +197,7 @@ bool ShellSession::execute(const QString &line, Till *till, TillActions *actions
             usage(QStringLiteral("reason [POSITION]"));
     } else if (command == QLatin1String("pay") && words.size() >= 3) {
         QString error;
-        const std::optional<PaymentSpec> payment = readSpec(QStringLiteral("pay"), ShellFields::payment(argument(1), argument(2), words.mid(3), &error),
+        const std::optional<PaymentSpec> payment = readParsed(QStringLiteral("pay"), ShellFields::payment(argument(1), argument(2), words.mid(3), &error),
                                                             error, &ScenarioParser::parsePayment, m_out);
         ok = payment.has_value();
         if (ok)

@@ -112,12 +112,12 @@ void TestDocumentStore::findsEachOfManyDocuments()
     const QString folder = host.folder() + QStringLiteral("/documents");
     host.setConfig(QStringLiteral("[Host]\ndocumentsDir=%1\n").arg(folder));
     const DocumentBuilder builder(27, QStringLiteral("7"));
-    const DocumentSpec spec = *scenario().document(QStringLiteral("r"));
+    const DocumentSpec described = *scenario().document(QStringLiteral("r"));
     DocumentStore store(folder);
     for (int i = 0; i < 5; ++i)
-        QVERIFY(store.add(builder.document(spec, QStringLiteral("run0001-r%1").arg(i), QDateTime::currentDateTime())));
+        QVERIFY(store.add(builder.document(described, QStringLiteral("run0001-r%1").arg(i), QDateTime::currentDateTime())));
     // The same id again replaces the document in its place.
-    const auto replacement = builder.document(spec, QStringLiteral("run0001-r2"), QDateTime::currentDateTime());
+    const auto replacement = builder.document(described, QStringLiteral("run0001-r2"), QDateTime::currentDateTime());
     QVERIFY(store.add(replacement));
     QCOMPARE(store.documents().size(), 5);
     QCOMPARE(store.find(QStringLiteral("run0001-r2")), replacement);
