@@ -1,6 +1,6 @@
 #include "jsonfile.h"
 
-#include "privatefile.h"
+#include "secrets/privatefile.h"
 
 #include <QFile>
 #include <QJsonDocument>

@@ -1,7 +1,7 @@
 #include "runprogress.h"
 
 #include "jsonfile.h"
-#include "privatefile.h"
+#include "secrets/privatefile.h"
 
 #include <QCryptographicHash>
 #include <QDir>

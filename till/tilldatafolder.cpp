@@ -1,6 +1,6 @@
 #include "tilldatafolder.h"
 
-#include "privatefile.h"
+#include "secrets/privatefile.h"
 #include "scenarioparser.h"
 
 #include <QDir>
