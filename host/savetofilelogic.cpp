@@ -5,9 +5,10 @@
 #include "documentserializer.h"
 #include "singleton.h"
 
+#include "secrets/privatefile.h"
+
 #include <QDir>
 #include <QJsonDocument>
-#include <QSaveFile>
 
 SaveToFileLogic::~SaveToFileLogic() = default;
 
@@ -20,19 +21,11 @@ bool SaveToFileLogic::save(const QSharedPointer<AbstractDocument> &document, con
         return true;
     if (!QDir().mkpath(folder))
         return false;
-    // QSaveFile replaces the old file only once the new one is complete, so a
-    // till killed while saving keeps the last good copy.
-    QSaveFile file(fileName(folder, document->getId()));
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
+    // A document holds the service token in its plug-in data: only the till's
+    // user may read it. A till killed while saving, or a full disk, keeps the
+    // last good copy.
     const QByteArray json = QJsonDocument(DocumentSerializer::toJson(*document)).toJson(QJsonDocument::Indented);
-    // commit() misses a write the disk cut short (a full disk), and would put
-    // the truncated file in place of the good one: the write is checked here.
-    if (file.write(json) != json.size() || !file.flush()) {
-        file.cancelWriting();
-        return false;
-    }
-    return file.commit();
+    return PrivateFile::write(fileName(folder, document->getId()), json, nullptr);
 }
 
 QString SaveToFileLogic::fileName(const QString &folder, const QString &documentId)

@@ -6,8 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace till {
-
 namespace {
 
 // Sets the process's file creation mask for as long as it lives. The file is
@@ -63,5 +61,3 @@ bool PrivateFile::append(const QString &path, const QByteArray &content, QString
         *error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
     return false;
 }
-
-} // namespace till

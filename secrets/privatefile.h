@@ -3,10 +3,9 @@
 #include <QByteArray>
 #include <QString>
 
-namespace till {
-
 /// A file that may hold secrets: a till's settings (the token endpoint's
-/// credentials), the host's configuration, reports and progress files.
+/// credentials), the host's configuration and documents (the service token
+/// is kept on a return document), reports and progress files.
 /// A new one is created readable and writable by its owner alone; one that
 /// exists keeps its mode. Writing replaces the file only once the new
 /// content is complete, so a till stopped while writing keeps the last good
@@ -20,5 +19,3 @@ public:
     /// the content before it whole; the end may hold part of \a content.
     static bool append(const QString &path, const QByteArray &content, QString *error);
 };
-
-} // namespace till

@@ -7,9 +7,12 @@
 #include <testing/testhost.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTest>
+
+#include <sys/stat.h>
 
 class TestDocumentSerializer : public QObject
 {
@@ -21,6 +24,7 @@ private slots:
     void notADocument();
     void saveWritesToConfiguredFolder();
     void saveWithoutFolderKeepsInMemory();
+    void savedDocumentIsReadableByItsOwnerOnly();
     void saveOnAFullDiskFailsAndKeepsTheLastCopy_data();
     void saveOnAFullDiskFailsAndKeepsTheLastCopy();
 };
@@ -126,6 +130,19 @@ void TestDocumentSerializer::saveWritesToConfiguredFolder()
     const auto copy = DocumentSerializer::fromJson(QJsonDocument::fromJson(savedFile(host, document)).object());
     QVERIFY(copy);
     QCOMPARE(copy->getPluginData(27, QStringLiteral("invoiceID")).toString(), QStringLiteral("000012000345"));
+}
+
+// A return document keeps the service token in its plug-in data.
+void TestDocumentSerializer::savedDocumentIsReadableByItsOwnerOnly()
+{
+    const mode_t previous = ::umask(022);
+    TestHost host;
+    const auto document = documentToSave(&host);
+    const bool saved = SaveToFileLogic().save(document, {});
+    ::umask(previous);
+    QVERIFY(saved);
+    const QFileInfo file(SaveToFileLogic::fileName(host.folder() + QStringLiteral("/docs"), document->getId()));
+    QCOMPARE(file.permissions() & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther), QFile::Permissions());
 }
 
 void TestDocumentSerializer::saveWithoutFolderKeepsInMemory()
