@@ -15,8 +15,10 @@ using tessaro::contracts::CassetteExchange;
 
 void CassetteRecorder::setAddresses(const QString &serviceUrl, const QString &tokenUrl)
 {
-    m_serviceUrl = serviceUrl;
-    m_tokenUrl = tokenUrl;
+    // An address may carry a password of its own: a cassette keeps neither,
+    // whatever its length (a replay needs only the paths).
+    m_serviceUrl = QUrl(serviceUrl).adjusted(QUrl::RemovePassword).toString();
+    m_tokenUrl = QUrl(tokenUrl).adjusted(QUrl::RemovePassword).toString();
     learnForm(QUrl(tokenUrl).query());
 }
 

@@ -22,6 +22,7 @@ private slots:
     void answerHeadersAreRecorded_data();
     void answerHeadersAreRecorded();
     void cookieLearntFromAnswerIsHiddenInRequests();
+    void passwordInAnAddressIsNotRecorded();
 
 private:
     /// GETs \a path from \a server with \a headers and records the exchange.
@@ -104,6 +105,19 @@ void TestCassetteRecorder::cookieLearntFromAnswerIsHiddenInRequests()
              QStringLiteral("session=secret-placeholder-1"));
     QTemporaryDir dir;
     QVERIFY(!written(recorder, dir).contains("Known-Cookie-Value-77aa"));
+}
+
+// A service or token address may carry credentials of its own.
+void TestCassetteRecorder::passwordInAnAddressIsNotRecorded()
+{
+    const QByteArray password("Known-Url-Password-41d0");
+    CassetteRecorder recorder;
+    recorder.setAddresses(QStringLiteral("http://till:%1@127.0.0.1:8080/api").arg(QString::fromLatin1(password)),
+                          QStringLiteral("https://till:%1@127.0.0.1:8443/token").arg(QString::fromLatin1(password)));
+    QTemporaryDir dir;
+    const QByteArray cassette = written(recorder, dir);
+    QVERIFY2(!cassette.contains(password), cassette.constData());
+    QVERIFY2(cassette.contains("127.0.0.1:8080/api"), cassette.constData());
 }
 
 QTEST_GUILESS_MAIN(TestCassetteRecorder)
