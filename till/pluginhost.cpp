@@ -35,15 +35,18 @@ QString PluginHost::versionOf(const QString &file)
     return version.match(text).hasMatch() ? text : QString();
 }
 
+QString PluginHost::libraryFile(const QString &folder)
+{
+    return QFileInfo(QDir(folder).filePath(libraryName())).absoluteFilePath();
+}
+
 PluginHost::PluginHost() = default;
 
 PluginHost::~PluginHost() = default;
 
 bool PluginHost::load(const QString &folder, QString *error)
 {
-    // QPluginLoader looks a relative name up in the library paths, not in the
-    // working directory that a folder given on the command line means.
-    const QString path = QFileInfo(QDir(folder).filePath(libraryName())).absoluteFilePath();
+    const QString path = libraryFile(folder);
     if (!QFileInfo::exists(path)) {
         if (error)
             *error = QStringLiteral("no plug-in %1 in %2").arg(libraryName(), QDir(folder).absolutePath());

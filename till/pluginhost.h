@@ -22,6 +22,10 @@ class PluginHost
 public:
     /// The plug-in's library file name.
     static QString libraryName();
+    /// The absolute path of the plug-in library in \a folder, which may be
+    /// named relative to the working directory: QPluginLoader would look a
+    /// relative name up in its library paths instead.
+    static QString libraryFile(const QString &folder);
     /// The version that the plug-in library \a file carries as its
     /// what-string ("@(#)TessaroBack x.y.z"), read from the file without
     /// loading it; empty when the file holds none or cannot be read.

@@ -565,7 +565,7 @@ ExitCode TillApplication::version(const QStringList &arguments)
         return *parsed;
     out() << QStringLiteral("tessaro-till " TESSARO_VERSION) << Qt::endl;
     const QString folder = parser.isSet(plugins) ? parser.value(plugins) : defaultPluginFolder();
-    const QString file = QFileInfo(QDir(folder).filePath(PluginHost::libraryName())).absoluteFilePath();
+    const QString file = PluginHost::libraryFile(folder);
     if (!QFileInfo::exists(file)) {
         out() << QStringLiteral("plug-in: no %1 in %2").arg(PluginHost::libraryName(), folder) << Qt::endl;
         return ExitCode::Passed;
