@@ -38,6 +38,8 @@ private slots:
     void leakedSecretIsNamedButNotShown();
     void foreignMessageIsFoundShrunkAndReplayed();
     void killWaitsForTheHeldAdviceNote();
+    void killedTillCountsEachReturnsNote_data();
+    void killedTillCountsEachReturnsNote();
 };
 
 namespace {
@@ -266,6 +268,39 @@ void TestSimulation::killWaitsForTheHeldAdviceNote()
     outcome.requests = 1;
     QVERIFY(KilledTillRun(QStringLiteral(TILL_EXECUTABLE), QStringLiteral(TILL_PLUGIN_DIR))
                 .run(*session, KilledTillRun::Kill::HeldAdviceNote, &outcome));
+
+    QCOMPARE(outcome.kills, 1);
+    for (const InvariantChecker::Violation &violation : std::as_const(outcome.violations))
+        qWarning("%s: %s", qPrintable(violation.invariant), qPrintable(violation.detail));
+    QVERIFY(outcome.violations.isEmpty());
+}
+
+void TestSimulation::killedTillCountsEachReturnsNote_data()
+{
+    QTest::addColumn<KilledTillRun::Kill>("kill");
+    QTest::addColumn<int>("heldNote");
+    QTest::newRow("held first note") << KilledTillRun::Kill::HeldAdviceNote << 0;
+    QTest::newRow("held second note") << KilledTillRun::Kill::HeldAdviceNote << 1;
+    QTest::newRow("after the close hook") << KilledTillRun::Kill::AfterCloseHook << 0;
+}
+
+// Two returns of the same sale without goods send the service the same advice
+// note body, once each: two applications of one body are two returns, not
+// one return applied twice, whichever of them the kill cut off.
+void TestSimulation::killedTillCountsEachReturnsNote()
+{
+    QFETCH(KilledTillRun::Kill, kill);
+    QFETCH(int, heldNote);
+    QString error;
+    std::optional<SimulatedSession> session =
+        SessionFile::load(QStringLiteral(TILL_SIMULATION_DIR "/two-returns-with-the-same-advice-note.json"), &error);
+    QVERIFY2(session, qPrintable(error));
+    session->killChild = true;
+    session->killRequest = heldNote;
+
+    SessionOutcome outcome;
+    outcome.requests = 1;
+    QVERIFY(KilledTillRun(QStringLiteral(TILL_EXECUTABLE), QStringLiteral(TILL_PLUGIN_DIR)).run(*session, kill, &outcome));
 
     QCOMPARE(outcome.kills, 1);
     for (const InvariantChecker::Violation &violation : std::as_const(outcome.violations))
