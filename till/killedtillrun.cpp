@@ -168,20 +168,35 @@ bool KilledTillRun::run(const SimulatedSession &played, Kill kill, SessionOutcom
         if (entry.exchange.path.endsWith(QLatin1String("/advicenote")) && !answered)
             ++lost[QString::fromUtf8(QJsonDocument(entry.exchange.jsonObject()).toJson(QJsonDocument::Compact))];
     }
+    const QJsonObject states = report.value(QStringLiteral("documents")).toObject();
+    QSet<QString> held;
+    for (const QJsonValue &state : states)
+        held.insert(state.toObject().value(QStringLiteral("pluginData")).toObject().value(QStringLiteral("invoiceIDRaw")).toString());
+    // Returns with the same contents send the same body, each once: every
+    // document that holds the answer to one of a body's applications had that
+    // application of its own. Beyond them a body is applied once, plus once
+    // for each answer the till never got.
     QHash<QString, int> applications;
+    QHash<QString, int> holders;
     QSet<QString> keys;
     for (const auto &note : emulator.state().adviceNotes.notes()) {
-        ++applications[QString::fromUtf8(QJsonDocument(note.body).toJson(QJsonDocument::Compact))];
+        const QString body = QString::fromUtf8(QJsonDocument(note.body).toJson(QJsonDocument::Compact));
+        ++applications[body];
+        if (held.contains(note.key4))
+            ++holders[body];
         keys.insert(note.key4);
     }
     for (auto it = applications.cbegin(); it != applications.cend(); ++it) {
         // The request the kill cut off was held, not applied, and is not in the finished run's records.
-        count(outcome, it.value() <= 1 + lost.value(it.key()), QStringLiteral("advice-note-applied-once"),
-              QStringLiteral("an advice note was applied %1 times with %2 lost answer(s)").arg(it.value()).arg(lost.value(it.key())));
-        outcome->lostAnswers += qMax(0, it.value() - 1);
+        const int owned = qMax(1, holders.value(it.key()));
+        count(outcome, it.value() <= owned + lost.value(it.key()), QStringLiteral("advice-note-applied-once"),
+              QStringLiteral("an advice note was applied %1 times for %2 return(s) with %3 lost answer(s)")
+                  .arg(it.value())
+                  .arg(owned)
+                  .arg(lost.value(it.key())));
+        outcome->lostAnswers += qMax(0, it.value() - owned);
     }
 
-    const QJsonObject states = report.value(QStringLiteral("documents")).toObject();
     for (auto it = states.constBegin(); it != states.constEnd(); ++it) {
         const QJsonObject state = it.value().toObject();
         const QJsonObject data = state.value(QStringLiteral("pluginData")).toObject();
