@@ -1,7 +1,7 @@
 #pragma once
 
 #include "scenario.h"
-#include "scenarioerror.h"
+#include "inputerror.h"
 
 #include <QByteArray>
 #include <QJsonObject>

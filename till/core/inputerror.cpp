@@ -1,4 +1,4 @@
-#include "scenarioerror.h"
+#include "inputerror.h"
 
 namespace till {
 
