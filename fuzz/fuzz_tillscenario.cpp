@@ -11,7 +11,7 @@
 namespace {
 
 template <typename Value>
-void checkOutcome(const std::optional<Value> &value, const till::ScenarioError &error)
+void checkOutcome(const std::optional<Value> &value, const till::InputError &error)
 {
     fuzzRequire(value.has_value() == error.isEmpty(), "a reading gives a value or an error, not both");
     if (!error.isEmpty())
@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 
     till::ScenarioParser parser(QStringLiteral("fuzz.json"));
     const auto scenario = parser.parse(json);
-    const till::ScenarioError error = parser.error();
+    const till::InputError error = parser.error();
     checkOutcome(scenario, error);
 
     till::ScenarioParser again(QStringLiteral("fuzz.json"));

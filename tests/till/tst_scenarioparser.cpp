@@ -226,7 +226,7 @@ void TestScenarioParser::readsTheTillDescriptionAlone()
 
 void TestScenarioParser::reportsAFileThatCannotBeRead()
 {
-    ScenarioError error;
+    InputError error;
     QVERIFY(!ScenarioParser::parseFile(QStringLiteral("/nonexistent/s.json"), &error));
     QVERIFY(error.toString().startsWith(QStringLiteral("/nonexistent/s.json: cannot read the file: ")));
 }
@@ -237,7 +237,7 @@ void TestScenarioParser::readsTheBundledScenarios()
     const QStringList files = folder.entryList({QStringLiteral("*.json")}, QDir::Files);
     QVERIFY(!files.isEmpty());
     for (const QString &file : files) {
-        ScenarioError error;
+        InputError error;
         QVERIFY2(ScenarioParser::parseFile(folder.filePath(file), &error), qPrintable(error.toString()));
     }
 }

@@ -2,7 +2,7 @@
 
 namespace till {
 
-QString ScenarioError::toString() const
+QString InputError::toString() const
 {
     QString text = file.isEmpty() ? QStringLiteral("<scenario>") : file;
     if (line > 0)

@@ -4,8 +4,9 @@
 
 namespace till {
 
-/// What is wrong with a scenario file, and where.
-struct ScenarioError
+/// What is wrong with a JSON input file (a scenario, a data folder's
+/// dictionaries.json), and where.
+struct InputError
 {
     QString file;
     /// JSON path of the faulty value ("actions[3].type"); empty for the whole file.

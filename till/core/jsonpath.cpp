@@ -1,4 +1,7 @@
-#include "scenarioparserdetail.h"
+#include "jsonpath.h"
+
+#include <QJsonDocument>
+#include <QJsonParseError>
 
 #include <cmath>
 
@@ -25,6 +28,16 @@ QString kindOf(const QJsonValue &value)
         break;
     }
     return QStringLiteral("nothing");
+}
+
+/// Line and column (from 1, in characters) of a byte offset into UTF-8 text.
+QPair<int, int> lineAndColumn(const QByteArray &text, qsizetype offset)
+{
+    offset = qBound<qsizetype>(0, offset, text.size());
+    const QByteArray before = text.left(offset);
+    const int line = int(before.count('\n')) + 1;
+    const QByteArray lastLine = before.mid(before.lastIndexOf('\n') + 1);
+    return {line, int(QString::fromUtf8(lastLine).size()) + 1};
 }
 
 } // namespace
@@ -140,6 +153,24 @@ QJsonValue required(const QJsonObject &object, const QString &path, const QStrin
     if (!object.contains(key))
         fail(path, QStringLiteral("missing key %1").arg(quoted(key)));
     return object.value(key);
+}
+
+std::optional<QJsonObject> objectOf(const QByteArray &json, const QString &what, InputError *error)
+{
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
+    if (parseError.error != QJsonParseError::NoError) {
+        const auto [line, column] = lineAndColumn(json, parseError.offset);
+        error->line = line;
+        error->column = column;
+        error->message = QStringLiteral("JSON syntax error: %1").arg(parseError.errorString());
+        return std::nullopt;
+    }
+    if (!document.isObject()) {
+        error->message = QStringLiteral("%1 is a JSON object").arg(what);
+        return std::nullopt;
+    }
+    return document.object();
 }
 
 } // namespace till::detail

@@ -2,7 +2,7 @@
 
 #include "documentstore.h"
 #include "pluginhost.h"
-#include "scenario.h"
+#include "tillsettings.h"
 #include "tilldatafolder.h"
 #include "tillstate.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scenario.h"
+#include "documentspec.h"
 
 #include <abstractdocument.h>
 

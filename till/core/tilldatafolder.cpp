@@ -1,7 +1,7 @@
 #include "tilldatafolder.h"
 
 #include "secrets/privatefile.h"
-#include "scenarioparser.h"
+#include "tillsettingsreader.h"
 
 #include <QDir>
 #include <QFile>
@@ -171,11 +171,11 @@ std::optional<TillSettings> TillDataFolder::readSettings(QString *error) const
                 *error = QStringLiteral("cannot read %1: %2").arg(dictionariesFile(), dictionaries.errorString());
             return std::nullopt;
         }
-        ScenarioParser parser(dictionariesFile());
-        const std::optional<TillSettings> read = parser.parseTillSettings(dictionaries.readAll());
+        InputError problem{dictionariesFile(), QString(), 0, 0, QString()};
+        const std::optional<TillSettings> read = TillSettingsReader::read(dictionaries.readAll(), &problem);
         if (!read) {
             if (error)
-                *error = parser.error().toString();
+                *error = problem.toString();
             return std::nullopt;
         }
         settings = *read;

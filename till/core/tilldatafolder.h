@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scenario.h"
+#include "tillsettings.h"
 
 #include <QString>
 

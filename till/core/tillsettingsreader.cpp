@@ -1,12 +1,18 @@
-// ScenarioParser: the till part of a scenario, which is also the form of a
-// data folder's dictionaries.json: store, till, shift, cashier, fiscal
-// registrar, configuration, return reasons and currencies.
+#include "tillsettingsreader.h"
 
-#include "scenarioparserdetail.h"
+#include "jsonpath.h"
 
-namespace till::detail {
+namespace till {
 
-TillSettings tillAt(const QJsonValue &value, const QString &path)
+using namespace detail;
+
+std::optional<TillSettings> TillSettingsReader::read(const QByteArray &json, InputError *error)
+{
+    return readJson<TillSettings>(json, QStringLiteral("a till description"),
+                                  [](const QJsonObject &object) { return at(object, QString()); }, error);
+}
+
+TillSettings TillSettingsReader::at(const QJsonValue &value, const QString &path)
 {
     const QJsonObject object = objectAt(value, path);
     allowOnly(object, path,
@@ -88,4 +94,4 @@ TillSettings tillAt(const QJsonValue &value, const QString &path)
     return till;
 }
 
-} // namespace till::detail
+} // namespace till

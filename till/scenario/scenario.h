@@ -1,5 +1,8 @@
 #pragma once
 
+#include "documentspec.h"
+#include "tillsettings.h"
+
 #include <QDateTime>
 #include <QHash>
 #include <QJsonObject>
@@ -14,71 +17,6 @@
 /// The parts of a till scenario, as ScenarioParser reads them from JSON.
 /// docs/scenarios.md describes the file format these values come from.
 namespace till {
-
-/// A goods position: one on a document at the start, or one the cashier adds.
-struct PositionSpec
-{
-    QString code;
-    QString barcode;
-    QString name;
-    /// Unset: the quantity is left to the host's default (1).
-    std::optional<double> quantity;
-    double price = 0.0;
-    /// Unset: quantity × price.
-    std::optional<double> sum;
-    double vatRate = 0.0;
-    int vatIndex = -1;
-    QList<int> vatCodes;
-    QList<double> vatSums;
-    bool fractional = false;
-    int inputType = 1;
-    QList<int> getMethods;
-    QString exciseMark;
-    QString goodsKitBarcode;
-    QString inputRawData;
-    int bcodeMode = 0;
-    /// Additional data by namespace ("tessaro", "orvel").
-    QHash<QString, QVariantMap> data;
-};
-
-/// A payment: one on a document at the start, or one the cashier adds.
-struct PaymentSpec
-{
-    int code = 0;
-    double amount = 0.0;
-    bool change = false;
-    /// Further MoneyItem properties by name (cardNum, terminalId, operationId…).
-    QVariantMap details;
-};
-
-/// One discount of a document: its totals as (discount mode, sum) pairs.
-struct ImpactSpec
-{
-    QList<QPair<int, double>> totals;
-};
-
-/// A document the scenario works on, named for the scenario's actions.
-struct DocumentSpec
-{
-    QString name;
-    int type = 2;
-    QString saleIdentifier;
-    /// The date of the sale a return by sale reverses; unset: no sale document.
-    std::optional<QDate> saleDate;
-    std::optional<QDateTime> dateTime;
-    QString store;
-    /// The customer card presented for the document; empty: none.
-    QString card;
-    QVariant commonReason;
-    int reasonDictionary = 2;
-    double roundingSum = 0.0;
-    QList<PositionSpec> positions;
-    QList<PaymentSpec> payments;
-    QList<ImpactSpec> impacts;
-    QVariantMap properties;
-    /// Values already stored by the plug-in (as after an earlier session).
-    QVariantMap pluginData;
-};
 
 /// One answer of the cashier to a dialog, taken in order as dialogs come.
 struct CashierAnswer
@@ -191,40 +129,6 @@ struct ScenarioAction
     static QStringList typeNames();
     /// Whether the action runs through the host's action pipeline (and so has a result).
     bool hasResult() const;
-};
-
-/// The till's settings a scenario asks for, on top of the data folder's.
-struct TillSettings
-{
-    QString store;
-    QString till;
-    std::optional<int> shift;
-    std::optional<int> cashierId;
-    QString cashierCode;
-    QString cashierName;
-    /// Configuration keys ("Tessaro:url", "Tessaro.ForbiddenMixedValuts:1") to values.
-    QMap<QString, QString> config;
-    struct Reason
-    {
-        int kind = 2;
-        int code = 0;
-        QString name;
-    };
-    /// Set: replaces the data folder's return reasons.
-    std::optional<QList<Reason>> backReasons;
-    struct Currency
-    {
-        int code = 0;
-        QString name;
-        int type = 1;
-    };
-    /// Set: replaces the data folder's currencies.
-    std::optional<QList<Currency>> currencies;
-    std::optional<qint64> fiscalRegistrationNumber;
-    QString fiscalDriveSerial;
-
-    /// These settings with every value that \a other sets taken from \a other.
-    TillSettings overriddenBy(const TillSettings &other) const;
 };
 
 struct Scenario

@@ -4,11 +4,10 @@
 #include "scenarioparser.h"
 
 #include "scenarioparserdetail.h"
+#include "tillsettingsreader.h"
 
 #include <QFile>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonParseError>
 #include <QRegularExpression>
 
 namespace till {
@@ -22,12 +21,10 @@ using detail::documentAt;
 using detail::element;
 using detail::expectationAt;
 using detail::fail;
-using detail::Failure;
 using detail::objectAt;
 using detail::quoted;
 using detail::required;
 using detail::stringAt;
-using detail::tillAt;
 
 namespace {
 
@@ -42,7 +39,7 @@ Scenario scenarioAt(const QJsonObject &root)
     if (root.contains(QStringLiteral("description")))
         scenario.description = stringAt(root.value(QStringLiteral("description")), QStringLiteral("description"));
     if (root.contains(QStringLiteral("till")))
-        scenario.till = tillAt(root.value(QStringLiteral("till")), QStringLiteral("till"));
+        scenario.till = TillSettingsReader::at(root.value(QStringLiteral("till")), QStringLiteral("till"));
     if (root.contains(QStringLiteral("documents"))) {
         const QJsonObject documents = objectAt(root.value(QStringLiteral("documents")), QStringLiteral("documents"));
         static const QRegularExpression namePattern(QStringLiteral("^[A-Za-z0-9_-]{1,40}$"));
@@ -74,16 +71,6 @@ Scenario scenarioAt(const QJsonObject &root)
     return scenario;
 }
 
-/// Line and column (from 1, in characters) of a byte offset into UTF-8 text.
-QPair<int, int> lineAndColumn(const QByteArray &text, qsizetype offset)
-{
-    offset = qBound<qsizetype>(0, offset, text.size());
-    const QByteArray before = text.left(offset);
-    const int line = int(before.count('\n')) + 1;
-    const QByteArray lastLine = before.mid(before.lastIndexOf('\n') + 1);
-    return {line, int(QString::fromUtf8(lastLine).size()) + 1};
-}
-
 } // namespace
 
 ScenarioParser::ScenarioParser(const QString &fileName)
@@ -94,36 +81,15 @@ ScenarioParser::ScenarioParser(const QString &fileName)
 template <typename Value, typename Reader>
 std::optional<Value> ScenarioParser::read(const QByteArray &json, const QString &what, Reader reader)
 {
-    m_error = ScenarioError();
-    m_error.file = m_fileName;
-    QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
-    if (parseError.error != QJsonParseError::NoError) {
-        const auto [line, column] = lineAndColumn(json, parseError.offset);
-        m_error.line = line;
-        m_error.column = column;
-        m_error.message = QStringLiteral("JSON syntax error: %1").arg(parseError.errorString());
-        return std::nullopt;
-    }
-    if (!document.isObject()) {
-        m_error.message = QStringLiteral("%1 is a JSON object").arg(what);
-        return std::nullopt;
-    }
-    return readObject<Value>(document.object(), reader);
+    m_error = InputError{m_fileName, QString(), 0, 0, QString()};
+    return detail::readJson<Value>(json, what, reader, &m_error);
 }
 
 template <typename Value, typename Reader>
 std::optional<Value> ScenarioParser::readObject(const QJsonObject &object, Reader reader)
 {
-    m_error = ScenarioError();
-    m_error.file = m_fileName;
-    try {
-        return reader(object);
-    } catch (const Failure &failure) {
-        m_error.path = failure.path;
-        m_error.message = failure.message;
-    }
-    return std::nullopt;
+    m_error = InputError{m_fileName, QString(), 0, 0, QString()};
+    return detail::readObject<Value>(object, reader, &m_error);
 }
 
 std::optional<Scenario> ScenarioParser::parse(const QByteArray &json)
@@ -133,8 +99,8 @@ std::optional<Scenario> ScenarioParser::parse(const QByteArray &json)
 
 std::optional<TillSettings> ScenarioParser::parseTillSettings(const QByteArray &json)
 {
-    return read<TillSettings>(json, QStringLiteral("a till description"),
-                              [](const QJsonObject &object) { return tillAt(object, QString()); });
+    m_error = InputError{m_fileName, QString(), 0, 0, QString()};
+    return TillSettingsReader::read(json, &m_error);
 }
 
 std::optional<PositionSpec> ScenarioParser::parsePosition(const QJsonObject &object)
@@ -147,12 +113,12 @@ std::optional<PaymentSpec> ScenarioParser::parsePayment(const QJsonObject &objec
     return readObject<PaymentSpec>(object, [](const QJsonObject &payment) { return detail::paymentAt(payment, QString(), {}); });
 }
 
-std::optional<Scenario> ScenarioParser::parseFile(const QString &path, ScenarioError *error)
+std::optional<Scenario> ScenarioParser::parseFile(const QString &path, InputError *error)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         if (error)
-            *error = ScenarioError{path, QString(), 0, 0, QStringLiteral("cannot read the file: %1").arg(file.errorString())};
+            *error = InputError{path, QString(), 0, 0, QStringLiteral("cannot read the file: %1").arg(file.errorString())};
         return std::nullopt;
     }
     ScenarioParser parser(path);

@@ -33,10 +33,10 @@ public:
     /// Reads a payment alone, in the form of a "pay" action: "code",
     /// "amount", "change" and "details".
     std::optional<PaymentSpec> parsePayment(const QJsonObject &object);
-    ScenarioError error() const { return m_error; }
+    InputError error() const { return m_error; }
 
     /// Reads and parses the file \a path; the error also covers a file that cannot be read.
-    static std::optional<Scenario> parseFile(const QString &path, ScenarioError *error);
+    static std::optional<Scenario> parseFile(const QString &path, InputError *error);
 
 private:
     template <typename Value, typename Reader>
@@ -45,7 +45,7 @@ private:
     std::optional<Value> readObject(const QJsonObject &object, Reader reader);
 
     QString m_fileName;
-    ScenarioError m_error;
+    InputError m_error;
 };
 
 } // namespace till

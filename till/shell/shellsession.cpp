@@ -33,7 +33,7 @@ std::optional<Parsed> readParsed(const QString &command, const std::optional<QJs
     ScenarioParser parser;
     std::optional<Parsed> parsed = object ? (parser.*parse)(*object) : std::nullopt;
     if (!parsed) {
-        const ScenarioError error = parser.error();
+        const InputError error = parser.error();
         const QString why = !object ? wordError : error.path.isEmpty() ? error.message : error.path + QStringLiteral(": ") + error.message;
         *out << command << QStringLiteral(": ") << why << Qt::endl;
     }
