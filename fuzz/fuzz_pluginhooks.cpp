@@ -13,7 +13,7 @@
 #include "fuzzedservice.h"
 #include "fuzzsupport.h"
 
-#include "till/core/pluginhost.h"
+#include "pluginhost.h"
 
 #include <actionpipeline.h>
 #include <actionqueuecontroller.h>

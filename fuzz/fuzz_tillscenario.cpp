@@ -3,7 +3,7 @@
 // wrong, never both and never neither, and reading is the same every time.
 #include "fuzzsupport.h"
 
-#include "till/scenario/scenarioparser.h"
+#include "scenarioparser.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -5,9 +5,9 @@
 #include "networkprobe.h"
 #include "pluginhost.h"
 #include "pluginselfcheck.h"
-#include "scenarioparser.h"
 #include "servicejudge.h"
 #include "tilldatafolder.h"
+#include "tillsettingsreader.h"
 
 #include <plugin/selfcheck/selfcheckprotocol.h>
 
@@ -95,10 +95,8 @@ bool TillCheck::readTill(CheckReport *report, QString *configFile, std::optional
             error = QStringLiteral("%1 does not exist").arg(*configFile);
         else if (m_options.dictionariesFile.isEmpty())
             settings = TillSettings();
-        else if (QFile file(m_options.dictionariesFile); !file.open(QIODevice::ReadOnly))
-            error = QStringLiteral("cannot read %1: %2").arg(m_options.dictionariesFile, file.errorString());
-        else if (ScenarioParser parser(m_options.dictionariesFile); !(settings = parser.parseTillSettings(file.readAll())))
-            error = parser.error().toString();
+        else
+            settings = TillSettingsReader::readFile(m_options.dictionariesFile, &error);
     }
     if (!settings) {
         report->failure(name, error, QStringLiteral("name a till's data folder with --data DIR or its configuration with --config FILE"));

@@ -164,20 +164,10 @@ std::optional<TillSettings> TillDataFolder::readSettings(QString *error) const
         return std::nullopt;
     }
     TillSettings settings;
-    QFile dictionaries(dictionariesFile());
-    if (dictionaries.exists()) {
-        if (!dictionaries.open(QIODevice::ReadOnly)) {
-            if (error)
-                *error = QStringLiteral("cannot read %1: %2").arg(dictionariesFile(), dictionaries.errorString());
+    if (QFileInfo::exists(dictionariesFile())) {
+        const std::optional<TillSettings> read = TillSettingsReader::readFile(dictionariesFile(), error);
+        if (!read)
             return std::nullopt;
-        }
-        InputError problem{dictionariesFile(), QString(), 0, 0, QString()};
-        const std::optional<TillSettings> read = TillSettingsReader::read(dictionaries.readAll(), &problem);
-        if (!read) {
-            if (error)
-                *error = problem.toString();
-            return std::nullopt;
-        }
         settings = *read;
     }
     const QSettings ini(configFile(), QSettings::IniFormat);

@@ -2,6 +2,8 @@
 
 #include "jsonpath.h"
 
+#include <QFile>
+
 namespace till {
 
 using namespace detail;
@@ -10,6 +12,21 @@ std::optional<TillSettings> TillSettingsReader::read(const QByteArray &json, Inp
 {
     return readJson<TillSettings>(json, QStringLiteral("a till description"),
                                   [](const QJsonObject &object) { return at(object, QString()); }, error);
+}
+
+std::optional<TillSettings> TillSettingsReader::readFile(const QString &path, QString *error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (error)
+            *error = QStringLiteral("cannot read %1: %2").arg(path, file.errorString());
+        return std::nullopt;
+    }
+    InputError problem{path, QString(), 0, 0, QString()};
+    std::optional<TillSettings> settings = read(file.readAll(), &problem);
+    if (!settings && error)
+        *error = problem.toString();
+    return settings;
 }
 
 TillSettings TillSettingsReader::at(const QJsonValue &value, const QString &path)
