@@ -130,6 +130,17 @@ void TestScenarioParser::refusesBadFiles_data()
                                        << QStringLiteral("bad.json: name: expected a string, found a number");
     QTest::newRow("unknown top key") << QByteArray(R"({"name": "n", "actoins": [], )" + actions + "}")
                                      << QStringLiteral("bad.json: actoins: unknown key (expected one of: name, description, till, documents, answers, actions, expect)");
+    QTest::newRow("unknown key of a return reason")
+        << QByteArray(R"({"name": "n", "till": {"backReasons": [{"code": 1, "name": "Брак", "type": 2}]}, )" + actions + "}")
+        << QStringLiteral("bad.json: till.backReasons[0].type: unknown key (expected one of: kind, code, name)");
+    QTest::newRow("unknown key of a currency")
+        << QByteArray(R"({"name": "n", "till": {"currencies": [{"code": 1, "name": "Наличные", "kind": 2}]}, )" + actions + "}")
+        << QStringLiteral("bad.json: till.currencies[0].kind: unknown key (expected one of: code, name, type)");
+    QTest::newRow("currency without name") << QByteArray(R"({"name": "n", "till": {"currencies": [{"code": 1}]}, )" + actions + "}")
+                                           << QStringLiteral("bad.json: till.currencies[0]: missing key \"name\"");
+    QTest::newRow("return reason kind not an integer")
+        << QByteArray(R"({"name": "n", "till": {"backReasons": [{"code": 1, "name": "Брак", "kind": "2"}]}, )" + actions + "}")
+        << QStringLiteral("bad.json: till.backReasons[0].kind: expected a number, found a string");
     QTest::newRow("no actions") << QByteArray(R"({"name": "n"})") << QStringLiteral("bad.json: missing key \"actions\"");
     QTest::newRow("empty actions") << QByteArray(R"({"name": "n", "actions": []})")
                                    << QStringLiteral("bad.json: actions: a scenario needs at least one action");

@@ -8,6 +8,33 @@ namespace till {
 
 using namespace detail;
 
+namespace {
+
+/// A list of entries with a "code", a "name" and one optional integer
+/// \a extra: the return reasons (their kind) and the currencies (their
+/// type). \a allowed lists the three keys in the order messages name them.
+template <typename Entry>
+QList<Entry> codedListAt(const QJsonValue &value, const QString &path, const QStringList &allowed, const QString &extra,
+                         int Entry::*extraField)
+{
+    QList<Entry> entries;
+    const QJsonArray array = arrayAt(value, path);
+    for (qsizetype i = 0; i < array.size(); ++i) {
+        const QString itemPath = element(path, i);
+        const QJsonObject item = objectAt(array.at(i), itemPath);
+        allowOnly(item, itemPath, allowed);
+        Entry entry;
+        entry.code = integerAt(required(item, itemPath, QStringLiteral("code")), child(itemPath, QStringLiteral("code")));
+        entry.name = stringAt(required(item, itemPath, QStringLiteral("name")), child(itemPath, QStringLiteral("name")));
+        if (item.contains(extra))
+            entry.*extraField = integerAt(item.value(extra), child(itemPath, extra));
+        entries << entry;
+    }
+    return entries;
+}
+
+} // namespace
+
 std::optional<TillSettings> TillSettingsReader::read(const QByteArray &json, InputError *error)
 {
     return readJson<TillSettings>(json, QStringLiteral("a till description"),
@@ -77,35 +104,11 @@ TillSettings TillSettingsReader::at(const QJsonValue &value, const QString &path
                     till.config.insert(entry.key(), textAt(entry.value(), entryPath));
             }
         } else if (key == QLatin1String("backReasons")) {
-            QList<TillSettings::Reason> reasons;
-            const QJsonArray array = arrayAt(it.value(), at);
-            for (qsizetype i = 0; i < array.size(); ++i) {
-                const QString itemPath = element(at, i);
-                const QJsonObject item = objectAt(array.at(i), itemPath);
-                allowOnly(item, itemPath, {QStringLiteral("kind"), QStringLiteral("code"), QStringLiteral("name")});
-                TillSettings::Reason reason;
-                reason.code = integerAt(required(item, itemPath, QStringLiteral("code")), child(itemPath, QStringLiteral("code")));
-                reason.name = stringAt(required(item, itemPath, QStringLiteral("name")), child(itemPath, QStringLiteral("name")));
-                if (item.contains(QStringLiteral("kind")))
-                    reason.kind = integerAt(item.value(QStringLiteral("kind")), child(itemPath, QStringLiteral("kind")));
-                reasons << reason;
-            }
-            till.backReasons = reasons;
+            till.backReasons = codedListAt(it.value(), at, {QStringLiteral("kind"), QStringLiteral("code"), QStringLiteral("name")},
+                                           QStringLiteral("kind"), &TillSettings::Reason::kind);
         } else if (key == QLatin1String("currencies")) {
-            QList<TillSettings::Currency> currencies;
-            const QJsonArray array = arrayAt(it.value(), at);
-            for (qsizetype i = 0; i < array.size(); ++i) {
-                const QString itemPath = element(at, i);
-                const QJsonObject item = objectAt(array.at(i), itemPath);
-                allowOnly(item, itemPath, {QStringLiteral("code"), QStringLiteral("name"), QStringLiteral("type")});
-                TillSettings::Currency currency;
-                currency.code = integerAt(required(item, itemPath, QStringLiteral("code")), child(itemPath, QStringLiteral("code")));
-                currency.name = stringAt(required(item, itemPath, QStringLiteral("name")), child(itemPath, QStringLiteral("name")));
-                if (item.contains(QStringLiteral("type")))
-                    currency.type = integerAt(item.value(QStringLiteral("type")), child(itemPath, QStringLiteral("type")));
-                currencies << currency;
-            }
-            till.currencies = currencies;
+            till.currencies = codedListAt(it.value(), at, {QStringLiteral("code"), QStringLiteral("name"), QStringLiteral("type")},
+                                          QStringLiteral("type"), &TillSettings::Currency::type);
         }
     }
     return till;
