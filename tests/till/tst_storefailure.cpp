@@ -1,8 +1,8 @@
 #include "actionlog.h"
+#include "actionplayer.h"
 #include "cashierscript.h"
 #include "jsonfile.h"
 #include "scenarioparser.h"
-#include "scenariorunner.h"
 #include "till.h"
 #include "tillactions.h"
 #include "tilldatafolder.h"
@@ -92,7 +92,7 @@ struct ReturnToClose
         QString error;
         ready = emulator.startInThread(0) != 0 && folder.create(emulator.baseUrl().toString(), emulator.tokenUrl().toString(), &error)
             && till.start(QStringLiteral(TILL_PLUGIN_DIR), played.till, &error);
-        ScenarioRunner player(folder, played, QByteArray(), QString());
+        ActionPlayer player(played, 0);
         for (int i = 0; ready && i < played.actions.size(); ++i) {
             log.begin(i, QString(), QString());
             player.perform(played.actions.at(i), i, false, &till, &actions, &log);

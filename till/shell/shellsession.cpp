@@ -1,11 +1,11 @@
 #include "shellsession.h"
 
 #include "actionlog.h"
+#include "actionplayer.h"
 #include "documentbuilder.h"
 #include "documentsnapshot.h"
 #include "reportwriter.h"
 #include "scenarioparser.h"
-#include "scenariorunner.h"
 #include "shellfields.h"
 #include "terminalcashier.h"
 #include "till.h"
@@ -121,7 +121,7 @@ void ShellSession::newDocument(int type, const QString &saleIdentifier, Till *ti
     QString error;
     const int run = till->state().takeRunNumber(&error);
     const DocumentBuilder builder(till->cardType(), till->settings().store);
-    const auto document = builder.document(described, ScenarioRunner::documentId(run, QStringLiteral("shell")),
+    const auto document = builder.document(described, ActionPlayer::documentId(run, QStringLiteral("shell")),
                                            MockFactory<CurrentTime>::create()->now());
     if (type == 25)
         actions->backBySale(document, saleIdentifier.isEmpty());

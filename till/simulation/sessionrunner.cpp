@@ -1,6 +1,7 @@
 #include "sessionrunner.h"
 
 #include "actionlog.h"
+#include "actionplayer.h"
 #include "cashierscript.h"
 #include "faultinjectingrestclient.h"
 #include "faultplanner.h"
@@ -9,7 +10,6 @@
 #include "logwatch.h"
 #include "randomcashier.h"
 #include "recordingcashier.h"
-#include "scenariorunner.h"
 #include "sessiongenerator.h"
 #include "simulatedclock.h"
 #include "till.h"
@@ -134,12 +134,12 @@ SessionOutcome SessionRunner::run(const SimulatedSession &session) const
     }
     logs.take();
 
-    ScenarioRunner player(folder, session.scenario, QByteArray(), QString());
+    ActionPlayer player(session.scenario, 0);
     TillActions actions(&till, &log);
     for (int i = 0; i < session.scenario.actions.size(); ++i) {
         const ScenarioAction &action = session.scenario.actions.at(i);
         checker.beforeStep(&till);
-        log.begin(i, ScenarioAction::typeName(action.type), ScenarioRunner::title(action));
+        log.begin(i, ScenarioAction::typeName(action.type), ActionPlayer::title(action));
         QElapsedTimer timer;
         timer.start();
         bool restarted = true;
@@ -151,10 +151,10 @@ SessionOutcome SessionRunner::run(const SimulatedSession &session) const
             }
         } catch (const BasicException &exception) {
             checker.addViolation(QStringLiteral("no-exception-to-host"),
-                                 QStringLiteral("%1: an exception reached the host: %2").arg(ScenarioRunner::title(action), exception.tr().text()));
+                                 QStringLiteral("%1: an exception reached the host: %2").arg(ActionPlayer::title(action), exception.tr().text()));
         } catch (const std::exception &exception) {
             checker.addViolation(QStringLiteral("no-exception-to-host"),
-                                 QStringLiteral("%1: an exception reached the host: %2").arg(ScenarioRunner::title(action), QString::fromUtf8(exception.what())));
+                                 QStringLiteral("%1: an exception reached the host: %2").arg(ActionPlayer::title(action), QString::fromUtf8(exception.what())));
         }
         const qint64 elapsed = timer.elapsed();
         const ActionRecord record = log.finish();
