@@ -5,8 +5,11 @@
 #include "till.h"
 #include "tillactions.h"
 
+#include <basicexception.h>
 #include <currenttime.h>
 #include <mockfactory.h>
+
+#include <exception>
 
 namespace till {
 
@@ -17,12 +20,43 @@ QString number(double value)
     return QString::number(value, 'g', 12);
 }
 
+QString reachedTheHost(const QString &what)
+{
+    return QStringLiteral("an exception reached the host: %1").arg(what);
+}
+
 } // namespace
 
-ActionPlayer::ActionPlayer(const Scenario &scenario, int run)
+ActionPlayer::ActionPlayer(const Scenario &scenario, int run, Till *till, TillActions *actions, ActionLog *log)
     : m_scenario(scenario)
     , m_run(run)
+    , m_till(till)
+    , m_actions(actions)
+    , m_log(log)
 {
+}
+
+ActionPlayer::Played ActionPlayer::play(const ScenarioAction &action, int index, bool resuming)
+{
+    Played played;
+    m_log->begin(index, ScenarioAction::typeName(action.type), title(action));
+    // The host catches what a plug-in lets through, so that the till goes on.
+    try {
+        played.document = perform(action, index, resuming);
+        if (action.type == ScenarioAction::Restart) {
+            played.restarted = m_restart ? m_restart(&played.restartError) : m_till->restart(&played.restartError);
+            if (!played.restarted)
+                m_log->addFailure(played.restartError);
+        }
+    } catch (const BasicException &exception) {
+        played.exception = reachedTheHost(exception.tr().text());
+    } catch (const std::exception &exception) {
+        played.exception = reachedTheHost(QString::fromUtf8(exception.what()));
+    }
+    if (!played.exception.isEmpty())
+        m_log->addFailure(played.exception);
+    played.record = m_log->finish();
+    return played;
 }
 
 QString ActionPlayer::documentId(int run, const QString &name)
@@ -86,59 +120,58 @@ QString ActionPlayer::documentNameBefore(int index) const
     return QString();
 }
 
-QSharedPointer<AbstractDocument> ActionPlayer::scenarioDocument(const QString &name, Till *till) const
+QSharedPointer<AbstractDocument> ActionPlayer::scenarioDocument(const QString &name) const
 {
     const QString id = documentId(m_run, name);
-    if (const auto known = till->documents().find(id))
+    if (const auto known = m_till->documents().find(id))
         return known;
-    const DocumentBuilder builder(till->cardType(), till->settings().store);
+    const DocumentBuilder builder(m_till->cardType(), m_till->settings().store);
     return builder.document(*m_scenario.document(name), id, MockFactory<CurrentTime>::create()->now());
 }
 
-QSharedPointer<AbstractDocument> ActionPlayer::perform(const ScenarioAction &action, int index, bool resuming, Till *till,
-                                                         TillActions *actions, ActionLog *log)
+QSharedPointer<AbstractDocument> ActionPlayer::perform(const ScenarioAction &action, int index, bool resuming)
 {
-    QSharedPointer<AbstractDocument> document = till->currentDocument();
+    QSharedPointer<AbstractDocument> document = m_till->currentDocument();
     std::optional<int> result;
     switch (action.type) {
     case ScenarioAction::Bind:
-        document = scenarioDocument(action.document, till);
-        actions->open(document);
+        document = scenarioDocument(action.document);
+        m_actions->open(document);
         break;
     case ScenarioAction::BackBySale:
-        document = scenarioDocument(action.document, till);
-        result = actions->backBySale(document, action.orvel);
+        document = scenarioDocument(action.document);
+        result = m_actions->backBySale(document, action.orvel);
         break;
     case ScenarioAction::Input:
-        result = actions->input();
+        result = m_actions->input();
         break;
     case ScenarioAction::Card:
-        actions->card(action.number);
+        m_actions->card(action.number);
         break;
     case ScenarioAction::Coupon:
-        result = actions->coupon(action.number);
+        result = m_actions->coupon(action.number);
         break;
     case ScenarioAction::Add:
-        result = actions->add(action.position, action.quantity, action.price);
+        result = m_actions->add(action.position, action.quantity, action.price);
         break;
     case ScenarioAction::Reason:
-        result = actions->reason(action.reasonForDocument, action.positionNumber);
+        result = m_actions->reason(action.reasonForDocument, action.positionNumber);
         break;
     case ScenarioAction::Pay:
-        result = actions->pay(action.payment);
+        result = m_actions->pay(action.payment);
         break;
     case ScenarioAction::StornoAll:
-        result = actions->stornoAll();
+        result = m_actions->stornoAll();
         break;
     case ScenarioAction::Close: {
         // A till stopped right after closing has nothing left to close.
-        const auto previous = till->documents().find(documentId(m_run, documentNameBefore(index)));
+        const auto previous = m_till->documents().find(documentId(m_run, documentNameBefore(index)));
         if (resuming && !document && previous && previous->isClosed()) {
-            log->addNote(QStringLiteral("the document was closed before the till stopped"));
+            m_log->addNote(QStringLiteral("the document was closed before the till stopped"));
             document = previous;
             result = EContext::Continue;
         } else {
-            result = actions->close(action.hostRefuses);
+            result = m_actions->close(action.hostRefuses);
         }
         break;
     }
@@ -146,7 +179,7 @@ QSharedPointer<AbstractDocument> ActionPlayer::perform(const ScenarioAction &act
         break;
     }
     if (result)
-        log->setResult(*result);
+        m_log->setResult(*result);
     return document;
 }
 

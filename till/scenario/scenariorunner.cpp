@@ -97,7 +97,6 @@ bool ScenarioRunner::run(const Options &options, Report *report, QString *error)
     if (options.killAfterHook)
         till.setKillAfterHook(*options.killAfterHook);
     TillActions actions(&till, &log);
-    ActionPlayer player(m_scenario, m_run);
     const int count = int(m_scenario.actions.size());
     const auto tell = [&options, count](const ActionRecord &record) {
         if (options.onRecord)
@@ -117,30 +116,33 @@ bool ScenarioRunner::run(const Options &options, Report *report, QString *error)
     if (!progress.save(error))
         return false;
 
+    ActionPlayer player(m_scenario, m_run, &till, &actions, &log);
+    if (options.restartProcess) {
+        // The progress is saved first: the new process goes on after the restart.
+        player.setRestart([&](QString *why) {
+            log.addNote(QStringLiteral("the till process is replaced"));
+            const ActionRecord record = log.current();
+            progress.recordAction(record, script.position());
+            if (!progress.save(why))
+                return false;
+            tell(record);
+            options.restartProcess();
+            *why = QStringLiteral("the till process could not be replaced");
+            return false;
+        });
+    }
     for (int i = progress.done(); i < count; ++i) {
         const ScenarioAction &action = m_scenario.actions.at(i);
         const bool resuming = progress.isResumed() && i == progress.done() && i > 0;
-        log.begin(i, ScenarioAction::typeName(action.type), ActionPlayer::title(action));
-        const QSharedPointer<AbstractDocument> document = player.perform(action, i, resuming, &till, &actions, &log);
-        if (action.type == ScenarioAction::Restart) {
-            if (options.restartProcess) {
-                log.addNote(QStringLiteral("the till process is replaced"));
-                ActionRecord record = log.current();
-                progress.recordAction(record, script.position());
-                if (!progress.save(error))
-                    return false;
-                tell(record);
-                options.restartProcess();
-                if (error)
-                    *error = QStringLiteral("the till process could not be replaced");
-                return false;
-            }
-            if (!till.restart(error))
-                return false;
+        ActionPlayer::Played played = player.play(action, i, resuming);
+        if (!played.restarted) {
+            if (error)
+                *error = played.restartError;
+            return false;
         }
-        ActionRecord record = log.finish();
+        ActionRecord &record = played.record;
         record.failures << script.takeProblems();
-        record.failures << ExpectationChecker::check(action.expect, observe(action.expect, {record}, document, &till));
+        record.failures << ExpectationChecker::check(action.expect, observe(action.expect, {record}, played.document, &till));
         progress.recordAction(record, script.position());
         if (!progress.save(error))
             return false;
