@@ -36,18 +36,13 @@ ActionPlayer::ActionPlayer(const Scenario &scenario, int run, Till *till, TillAc
 {
 }
 
-ActionPlayer::Played ActionPlayer::play(const ScenarioAction &action, int index, bool resuming)
+ActionPlayer::Played ActionPlayer::play(const ScenarioAction &action, int index, bool resuming, const QString &titled)
 {
     Played played;
-    m_log->begin(index, ScenarioAction::typeName(action.type), title(action));
+    m_log->begin(index, ScenarioAction::typeName(action.type), titled.isEmpty() ? title(action) : titled);
     // The host catches what a plug-in lets through, so that the till goes on.
     try {
-        played.document = perform(action, index, resuming);
-        if (action.type == ScenarioAction::Restart) {
-            played.restarted = m_restart ? m_restart(&played.restartError) : m_till->restart(&played.restartError);
-            if (!played.restarted)
-                m_log->addFailure(played.restartError);
-        }
+        perform(action, index, resuming, &played);
     } catch (const BasicException &exception) {
         played.exception = reachedTheHost(exception.tr().text());
     } catch (const std::exception &exception) {
@@ -129,7 +124,7 @@ QSharedPointer<AbstractDocument> ActionPlayer::scenarioDocument(const QString &n
     return builder.document(*m_scenario.document(name), id, MockFactory<CurrentTime>::create()->now());
 }
 
-QSharedPointer<AbstractDocument> ActionPlayer::perform(const ScenarioAction &action, int index, bool resuming)
+void ActionPlayer::perform(const ScenarioAction &action, int index, bool resuming, Played *played)
 {
     QSharedPointer<AbstractDocument> document = m_till->currentDocument();
     std::optional<int> result;
@@ -176,11 +171,14 @@ QSharedPointer<AbstractDocument> ActionPlayer::perform(const ScenarioAction &act
         break;
     }
     case ScenarioAction::Restart:
+        played->restarted = m_restart ? m_restart(&played->restartError) : m_till->restart(&played->restartError);
+        if (!played->restarted)
+            m_log->addFailure(played->restartError);
         break;
     }
     if (result)
         m_log->setResult(*result);
-    return document;
+    played->document = document;
 }
 
 } // namespace till

@@ -51,8 +51,9 @@ public:
     void setRestart(const Restart &restart) { m_restart = restart; }
 
     /// Plays \a action, the scenario's action \a index. \a resuming tells that
-    /// the till stopped right before it.
-    Played play(const ScenarioAction &action, int index, bool resuming = false);
+    /// the till stopped right before it. The record, and the requests recorded
+    /// meanwhile, are titled \a titled, or title(action) when it is empty.
+    Played play(const ScenarioAction &action, int index, bool resuming = false, const QString &titled = QString());
 
     /// The id of the scenario's document \a name in run \a run.
     static QString documentId(int run, const QString &name);
@@ -60,8 +61,9 @@ public:
     static QString title(const ScenarioAction &action);
 
 private:
-    /// Runs \a action through the till's actions; returns the document it worked on.
-    QSharedPointer<AbstractDocument> perform(const ScenarioAction &action, int index, bool resuming);
+    /// Runs \a action through the till's actions; tells \a played the document
+    /// it worked on and, for a restart, how the till came back.
+    void perform(const ScenarioAction &action, int index, bool resuming, Played *played);
     QSharedPointer<AbstractDocument> scenarioDocument(const QString &name) const;
     /// The document the actions before \a index last opened.
     QString documentNameBefore(int index) const;

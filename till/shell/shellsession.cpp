@@ -224,9 +224,8 @@ bool ShellSession::execute(const QString &line, Till *till, ActionPlayer *player
     const std::optional<ScenarioAction> action = this->action(words, line, till, player);
     if (!action)
         return true;
-    ActionPlayer::Played played = player->play(*action, 0);
-    // The cashier sees the command as typed.
-    played.record.title = line;
+    // The command as typed names the action, on the screen and in a cassette.
+    const ActionPlayer::Played played = player->play(*action, 0, false, line);
     *m_out << ReportWriter::progressLine(played.record, 0).section(QLatin1Char(' '), 1) << Qt::endl;
     const QString details = ReportWriter::details(played.record);
     if (!details.isEmpty())
