@@ -27,6 +27,7 @@ private slots:
     void cleanup();
     void handTypedReturnSendsTheScenariosAdviceNote();
     void closeShowsTheReturnInvoiceNumber();
+    void returnBySaleShowsItsResult();
     void helpSaysACardComesBeforeGoods();
     void badFieldIsNamed_data();
     void badFieldIsNamed();
@@ -134,6 +135,13 @@ void TestShellRehearsal::closeShowsTheReturnInvoiceNumber()
     QVERIFY(!number.isEmpty());
     const QString plain = QString(number).remove(QLatin1Char('/'));
     QVERIFY2(printed.contains(QStringLiteral("  return invoice %1 (invoiceID %2)\n").arg(number, plain)), qPrintable(printed));
+}
+
+void TestShellRehearsal::returnBySaleShowsItsResult()
+{
+    // The plug-in asks for the common reason first; the return by sale goes on.
+    const QString printed = shell("new-return-by-sale 000701022024000012000345\n1\nquit\n");
+    QVERIFY2(printed.contains(QStringLiteral("new-return-by-sale 000701022024000012000345 → 2  (1 dialog(s))\n")), qPrintable(printed));
 }
 
 void TestShellRehearsal::helpSaysACardComesBeforeGoods()

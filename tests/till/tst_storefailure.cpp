@@ -1,8 +1,8 @@
 #include "actionlog.h"
+#include "actionplayer.h"
 #include "cashierscript.h"
 #include "jsonfile.h"
 #include "scenarioparser.h"
-#include "scenariorunner.h"
 #include "till.h"
 #include "tillactions.h"
 #include "tilldatafolder.h"
@@ -92,12 +92,9 @@ struct ReturnToClose
         QString error;
         ready = emulator.startInThread(0) != 0 && folder.create(emulator.baseUrl().toString(), emulator.tokenUrl().toString(), &error)
             && till.start(QStringLiteral(TILL_PLUGIN_DIR), played.till, &error);
-        ScenarioRunner player(folder, played, QByteArray(), QString());
-        for (int i = 0; ready && i < played.actions.size(); ++i) {
-            log.begin(i, QString(), QString());
-            player.perform(played.actions.at(i), i, false, &till, &actions, &log);
-            ready = log.finish().failures.isEmpty();
-        }
+        ActionPlayer player(played, 0, &till, &actions, &log);
+        for (int i = 0; ready && i < played.actions.size(); ++i)
+            ready = player.play(played.actions.at(i), i).record.failures.isEmpty();
         if (!ready)
             qWarning("the return is not ready to close: %s", qPrintable(error));
     }

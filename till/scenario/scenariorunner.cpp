@@ -1,8 +1,8 @@
 #include "scenariorunner.h"
 
 #include "actionlog.h"
+#include "actionplayer.h"
 #include "cashierscript.h"
-#include "documentbuilder.h"
 #include "documentsnapshot.h"
 #include "expectationchecker.h"
 #include "runprogress.h"
@@ -12,9 +12,7 @@
 #include "secrets/secretmask.h"
 
 #include <config.h>
-#include <currenttime.h>
 #include <documentsdao.h>
-#include <mockfactory.h>
 #include <session.h>
 #include <singleton.h>
 
@@ -29,11 +27,6 @@ bool isEmpty(const ActionRecord &record)
     return record.steps.isEmpty() && record.dialogs.isEmpty() && record.requests.isEmpty() && record.failures.isEmpty();
 }
 
-QString number(double value)
-{
-    return QString::number(value, 'g', 12);
-}
-
 } // namespace
 
 ScenarioRunner::ScenarioRunner(const TillDataFolder &folder, const Scenario &scenario, const QByteArray &source, const QString &file)
@@ -42,131 +35,6 @@ ScenarioRunner::ScenarioRunner(const TillDataFolder &folder, const Scenario &sce
     , m_source(source)
     , m_file(file)
 {
-}
-
-QString ScenarioRunner::documentId(int run, const QString &name)
-{
-    return QStringLiteral("run%1-%2").arg(run, 4, 10, QLatin1Char('0')).arg(name);
-}
-
-QString ScenarioRunner::title(const ScenarioAction &action)
-{
-    QString text;
-    switch (action.type) {
-    case ScenarioAction::Bind:
-        text = QStringLiteral("open %1").arg(action.document);
-        break;
-    case ScenarioAction::BackBySale:
-        text = QStringLiteral("return by sale %1%2").arg(action.document, action.orvel ? QStringLiteral(" (invoice asked)") : QString());
-        break;
-    case ScenarioAction::Input:
-        text = QStringLiteral("input");
-        break;
-    case ScenarioAction::Card:
-        text = QStringLiteral("card %1").arg(action.number);
-        break;
-    case ScenarioAction::Coupon:
-        text = QStringLiteral("coupon %1").arg(action.number);
-        break;
-    case ScenarioAction::Add:
-        text = QStringLiteral("add %1").arg(action.position.code);
-        if (action.quantity)
-            text += QStringLiteral(" ×%1").arg(number(*action.quantity));
-        if (action.price)
-            text += QStringLiteral(" at %1").arg(number(*action.price));
-        break;
-    case ScenarioAction::Reason:
-        text = action.reasonForDocument ? QStringLiteral("reason for the document")
-                                        : QStringLiteral("reason for position %1").arg(action.positionNumber);
-        break;
-    case ScenarioAction::Pay:
-        text = QStringLiteral("pay %1 in currency %2").arg(number(action.payment.amount)).arg(action.payment.code);
-        break;
-    case ScenarioAction::StornoAll:
-        text = QStringLiteral("cancel every position");
-        break;
-    case ScenarioAction::Close:
-        text = action.hostRefuses ? QStringLiteral("close the document (the printer fails)") : QStringLiteral("close the document");
-        break;
-    case ScenarioAction::Restart:
-        text = QStringLiteral("restart the till");
-        break;
-    }
-    return action.note.isEmpty() ? text : QStringLiteral("%1 (%2)").arg(action.note, text);
-}
-
-QString ScenarioRunner::documentNameBefore(int index) const
-{
-    for (int i = index - 1; i >= 0; --i) {
-        const ScenarioAction &action = m_scenario.actions.at(i);
-        if (action.type == ScenarioAction::Bind || action.type == ScenarioAction::BackBySale)
-            return action.document;
-    }
-    return QString();
-}
-
-QSharedPointer<AbstractDocument> ScenarioRunner::scenarioDocument(const QString &name, Till *till) const
-{
-    const QString id = documentId(m_run, name);
-    if (const auto known = till->documents().find(id))
-        return known;
-    const DocumentBuilder builder(till->cardType(), till->settings().store);
-    return builder.document(*m_scenario.document(name), id, MockFactory<CurrentTime>::create()->now());
-}
-
-QSharedPointer<AbstractDocument> ScenarioRunner::perform(const ScenarioAction &action, int index, bool resuming, Till *till,
-                                                         TillActions *actions, ActionLog *log)
-{
-    QSharedPointer<AbstractDocument> document = till->currentDocument();
-    std::optional<int> result;
-    switch (action.type) {
-    case ScenarioAction::Bind:
-        document = scenarioDocument(action.document, till);
-        actions->open(document);
-        break;
-    case ScenarioAction::BackBySale:
-        document = scenarioDocument(action.document, till);
-        result = actions->backBySale(document, action.orvel);
-        break;
-    case ScenarioAction::Input:
-        result = actions->input();
-        break;
-    case ScenarioAction::Card:
-        actions->card(action.number);
-        break;
-    case ScenarioAction::Coupon:
-        result = actions->coupon(action.number);
-        break;
-    case ScenarioAction::Add:
-        result = actions->add(action.position, action.quantity, action.price);
-        break;
-    case ScenarioAction::Reason:
-        result = actions->reason(action.reasonForDocument, action.positionNumber);
-        break;
-    case ScenarioAction::Pay:
-        result = actions->pay(action.payment);
-        break;
-    case ScenarioAction::StornoAll:
-        result = actions->stornoAll();
-        break;
-    case ScenarioAction::Close: {
-        // A till stopped right after closing has nothing left to close.
-        const auto previous = till->documents().find(documentId(m_run, documentNameBefore(index)));
-        if (resuming && !document && previous && previous->isClosed()) {
-            log->addNote(QStringLiteral("the document was closed before the till stopped"));
-            document = previous;
-            result = EContext::Continue;
-        } else {
-            result = actions->close(action.hostRefuses);
-        }
-        break;
-    }
-    case ScenarioAction::Restart:
-        break;
-    }
-    if (result)
-        log->setResult(*result);
-    return document;
 }
 
 Observation ScenarioRunner::observe(const Expectation &expectation, const QList<ActionRecord> &records,
@@ -185,7 +53,7 @@ Observation ScenarioRunner::observe(const Expectation &expectation, const QList<
     if (document)
         observation.document = DocumentSnapshot::toJson(*document, system);
     for (auto it = expectation.documents.cbegin(); it != expectation.documents.cend(); ++it) {
-        if (const auto named = till->documents().find(documentId(m_run, it.key())))
+        if (const auto named = till->documents().find(ActionPlayer::documentId(m_run, it.key())))
             observation.documents.insert(it.key(), DocumentSnapshot::toJson(*named, system));
     }
     const int shift = Singleton<Session>::instance()->getCurrentShift();
@@ -248,30 +116,33 @@ bool ScenarioRunner::run(const Options &options, Report *report, QString *error)
     if (!progress.save(error))
         return false;
 
+    ActionPlayer player(m_scenario, m_run, &till, &actions, &log);
+    if (options.restartProcess) {
+        // The progress is saved first: the new process goes on after the restart.
+        player.setRestart([&](QString *why) {
+            log.addNote(QStringLiteral("the till process is replaced"));
+            const ActionRecord record = log.current();
+            progress.recordAction(record, script.position());
+            if (!progress.save(why))
+                return false;
+            tell(record);
+            options.restartProcess();
+            *why = QStringLiteral("the till process could not be replaced");
+            return false;
+        });
+    }
     for (int i = progress.done(); i < count; ++i) {
         const ScenarioAction &action = m_scenario.actions.at(i);
         const bool resuming = progress.isResumed() && i == progress.done() && i > 0;
-        log.begin(i, ScenarioAction::typeName(action.type), title(action));
-        const QSharedPointer<AbstractDocument> document = perform(action, i, resuming, &till, &actions, &log);
-        if (action.type == ScenarioAction::Restart) {
-            if (options.restartProcess) {
-                log.addNote(QStringLiteral("the till process is replaced"));
-                ActionRecord record = log.current();
-                progress.recordAction(record, script.position());
-                if (!progress.save(error))
-                    return false;
-                tell(record);
-                options.restartProcess();
-                if (error)
-                    *error = QStringLiteral("the till process could not be replaced");
-                return false;
-            }
-            if (!till.restart(error))
-                return false;
+        ActionPlayer::Played played = player.play(action, i, resuming);
+        if (!played.restarted) {
+            if (error)
+                *error = played.restartError;
+            return false;
         }
-        ActionRecord record = log.finish();
+        ActionRecord &record = played.record;
         record.failures << script.takeProblems();
-        record.failures << ExpectationChecker::check(action.expect, observe(action.expect, {record}, document, &till));
+        record.failures << ExpectationChecker::check(action.expect, observe(action.expect, {record}, played.document, &till));
         progress.recordAction(record, script.position());
         if (!progress.save(error))
             return false;
@@ -287,7 +158,7 @@ bool ScenarioRunner::run(const Options &options, Report *report, QString *error)
     report->actions = progress.records();
     const int system = till.cardType();
     for (const DocumentSpec &described : m_scenario.documents) {
-        if (const auto document = till.documents().find(documentId(m_run, described.name)))
+        if (const auto document = till.documents().find(ActionPlayer::documentId(m_run, described.name)))
             report->documents.insert(described.name, DocumentSnapshot::toJson(*document, system));
     }
     report->failures = ExpectationChecker::check(m_scenario.expect, observe(m_scenario.expect, report->actions, {}, &till));

@@ -16,11 +16,9 @@
 
 namespace till {
 
-class ActionLog;
 class CassetteRecorder;
 class CashierScript;
 class Till;
-class TillActions;
 struct Observation;
 
 /// Plays a scenario on a till: starts the till on its data folder with the
@@ -57,21 +55,7 @@ public:
     /// expectations are in the report.
     bool run(const Options &options, Report *report, QString *error);
 
-    /// The id of the scenario's document \a name in run \a run.
-    static QString documentId(int run, const QString &name);
-    /// A line saying what \a action does.
-    static QString title(const ScenarioAction &action);
-
-    /// Runs \a action as the cashier would on \a till; returns the document it
-    /// worked on. \a resuming tells that the till stopped right before it.
-    /// The simulation plays its generated sessions through this too.
-    QSharedPointer<AbstractDocument> perform(const ScenarioAction &action, int index, bool resuming, Till *till,
-                                             TillActions *actions, ActionLog *log);
-
 private:
-    QSharedPointer<AbstractDocument> scenarioDocument(const QString &name, Till *till) const;
-    /// The document the actions before \a index last opened.
-    QString documentNameBefore(int index) const;
     Observation observe(const Expectation &expectation, const QList<ActionRecord> &records,
                         const QSharedPointer<AbstractDocument> &document, Till *till) const;
 

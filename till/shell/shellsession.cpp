@@ -1,19 +1,16 @@
 #include "shellsession.h"
 
 #include "actionlog.h"
-#include "documentbuilder.h"
+#include "actionplayer.h"
 #include "documentsnapshot.h"
 #include "reportwriter.h"
 #include "scenarioparser.h"
-#include "scenariorunner.h"
 #include "shellfields.h"
 #include "terminalcashier.h"
 #include "till.h"
 #include "tillactions.h"
 
-#include <currenttime.h>
 #include <documentsdao.h>
-#include <mockfactory.h>
 #include <session.h>
 #include <singleton.h>
 
@@ -87,6 +84,7 @@ ExitCode ShellSession::run(const QString &pluginFolder)
     Till till(m_folder, &cashier, &log);
     till.setRecorder(m_recorder);
     TillActions actions(&till, &log);
+    ActionPlayer player(m_opened, 0, &till, &actions, &log);
     QString error;
     log.begin(0, QStringLiteral("start"), QStringLiteral("the till starts"));
     if (!till.start(pluginFolder, TillSettings(), &error)) {
@@ -106,39 +104,106 @@ ExitCode ShellSession::run(const QString &pluginFolder)
         QString line;
         if (!m_in->readLineInto(&line))
             break;
-        if (!execute(line.trimmed(), &till, &actions, &log))
+        if (!execute(line.trimmed(), &till, &player))
             break;
     }
     *m_out << Qt::endl;
     return ExitCode::Passed;
 }
 
-void ShellSession::newDocument(int type, const QString &saleIdentifier, Till *till, TillActions *actions)
+ScenarioAction ShellSession::newDocument(int type, const QString &saleIdentifier, Till *till, ActionPlayer *player)
 {
     DocumentSpec described;
+    described.name = QStringLiteral("shell");
     described.type = type;
     described.saleIdentifier = saleIdentifier;
+    m_opened.documents = {described};
     QString error;
-    const int run = till->state().takeRunNumber(&error);
-    const DocumentBuilder builder(till->cardType(), till->settings().store);
-    const auto document = builder.document(described, ScenarioRunner::documentId(run, QStringLiteral("shell")),
-                                           MockFactory<CurrentTime>::create()->now());
-    if (type == 25)
-        actions->backBySale(document, saleIdentifier.isEmpty());
-    else
-        actions->open(document);
+    player->setRun(till->state().takeRunNumber(&error));
+    ScenarioAction action;
+    action.type = type == 25 ? ScenarioAction::BackBySale : ScenarioAction::Bind;
+    action.document = described.name;
+    action.orvel = saleIdentifier.isEmpty();
+    return action;
 }
 
-bool ShellSession::execute(const QString &line, Till *till, TillActions *actions, ActionLog *log)
+std::optional<ScenarioAction> ShellSession::action(const QStringList &words, const QString &line, Till *till, ActionPlayer *player)
 {
-    const QStringList words = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    if (words.isEmpty())
-        return true;
     const QString command = words.first();
     const auto argument = [&words](int i) { return i < words.size() ? words.at(i) : QString(); };
     const auto number = [&words](int i, bool *ok) { return i < words.size() ? words.at(i).toDouble(ok) : (*ok = false, 0.0); };
     const auto usage = [this](const QString &text) { *m_out << QStringLiteral("usage: ") << text << Qt::endl; };
 
+    ScenarioAction action;
+    if (command == QLatin1String("new-return")) {
+        action = newDocument(2, QString(), till, player);
+    } else if (command == QLatin1String("new-return-by-sale")) {
+        action = newDocument(25, argument(1), till, player);
+    } else if (command == QLatin1String("card") && words.size() == 2) {
+        action.type = ScenarioAction::Card;
+        action.number = argument(1);
+    } else if (command == QLatin1String("coupon") && words.size() == 2) {
+        action.type = ScenarioAction::Coupon;
+        action.number = argument(1);
+    } else if (command == QLatin1String("input")) {
+        action.type = ScenarioAction::Input;
+    } else if (command == QLatin1String("add") && words.size() >= 2) {
+        // Up to two numbers after the code are QTY and PRICE; field=value words follow.
+        std::optional<double> modifiers[2];
+        int next = 2;
+        for (std::optional<double> &modifier : modifiers) {
+            bool isNumber = false;
+            const double value = number(next, &isNumber);
+            if (!isNumber)
+                break;
+            modifier = value;
+            ++next;
+        }
+        QString error;
+        const std::optional<PositionSpec> position = readParsed(QStringLiteral("add"), ShellFields::position(argument(1), words.mid(next), &error),
+                                                              error, &ScenarioParser::parsePosition, m_out);
+        if (!position)
+            return std::nullopt;
+        action.type = ScenarioAction::Add;
+        action.position = *position;
+        action.quantity = modifiers[0];
+        action.price = modifiers[1];
+    } else if (command == QLatin1String("reason") && words.size() <= 2) {
+        bool ok = true;
+        action.type = ScenarioAction::Reason;
+        action.reasonForDocument = words.size() == 1;
+        action.positionNumber = words.size() == 2 ? argument(1).toInt(&ok) : 0;
+        if (!ok) {
+            usage(QStringLiteral("reason [POSITION]"));
+            return std::nullopt;
+        }
+    } else if (command == QLatin1String("pay") && words.size() >= 3) {
+        QString error;
+        const std::optional<PaymentSpec> payment = readParsed(QStringLiteral("pay"), ShellFields::payment(argument(1), argument(2), words.mid(3), &error),
+                                                            error, &ScenarioParser::parsePayment, m_out);
+        if (!payment)
+            return std::nullopt;
+        action.type = ScenarioAction::Pay;
+        action.payment = *payment;
+    } else if (command == QLatin1String("storno-all")) {
+        action.type = ScenarioAction::StornoAll;
+    } else if (command == QLatin1String("close")) {
+        action.type = ScenarioAction::Close;
+    } else if (command == QLatin1String("restart")) {
+        action.type = ScenarioAction::Restart;
+    } else {
+        *m_out << QStringLiteral("unknown command or arguments: %1 (help lists the commands)").arg(line) << Qt::endl;
+        return std::nullopt;
+    }
+    return action;
+}
+
+bool ShellSession::execute(const QString &line, Till *till, ActionPlayer *player)
+{
+    const QStringList words = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (words.isEmpty())
+        return true;
+    const QString command = words.first();
     if (command == QLatin1String("quit") || command == QLatin1String("exit"))
         return false;
     if (command == QLatin1String("help")) {
@@ -156,76 +221,17 @@ bool ShellSession::execute(const QString &line, Till *till, TillActions *actions
         return true;
     }
 
-    log->begin(0, command, line);
-    bool ok = true;
-    bool known = true;
-    std::optional<int> result;
-    QSharedPointer<AbstractDocument> closed;
-    if (command == QLatin1String("new-return")) {
-        newDocument(2, QString(), till, actions);
-    } else if (command == QLatin1String("new-return-by-sale")) {
-        newDocument(25, argument(1), till, actions);
-    } else if (command == QLatin1String("card") && words.size() == 2) {
-        actions->card(argument(1));
-    } else if (command == QLatin1String("coupon") && words.size() == 2) {
-        result = actions->coupon(argument(1));
-    } else if (command == QLatin1String("input")) {
-        result = actions->input();
-    } else if (command == QLatin1String("add") && words.size() >= 2) {
-        // Up to two numbers after the code are QTY and PRICE; field=value words follow.
-        std::optional<double> modifiers[2];
-        int next = 2;
-        for (std::optional<double> &modifier : modifiers) {
-            bool isNumber = false;
-            const double value = number(next, &isNumber);
-            if (!isNumber)
-                break;
-            modifier = value;
-            ++next;
-        }
-        QString error;
-        const std::optional<PositionSpec> position = readParsed(QStringLiteral("add"), ShellFields::position(argument(1), words.mid(next), &error),
-                                                              error, &ScenarioParser::parsePosition, m_out);
-        ok = position.has_value();
-        if (ok)
-            result = actions->add(*position, modifiers[0], modifiers[1]);
-    } else if (command == QLatin1String("reason") && words.size() <= 2) {
-        const int position = words.size() == 2 ? argument(1).toInt(&ok) : 0;
-        if (ok)
-            result = actions->reason(words.size() == 1, position);
-        else
-            usage(QStringLiteral("reason [POSITION]"));
-    } else if (command == QLatin1String("pay") && words.size() >= 3) {
-        QString error;
-        const std::optional<PaymentSpec> payment = readParsed(QStringLiteral("pay"), ShellFields::payment(argument(1), argument(2), words.mid(3), &error),
-                                                            error, &ScenarioParser::parsePayment, m_out);
-        ok = payment.has_value();
-        if (ok)
-            result = actions->pay(*payment);
-    } else if (command == QLatin1String("storno-all")) {
-        result = actions->stornoAll();
-    } else if (command == QLatin1String("close")) {
-        closed = till->currentDocument();
-        result = actions->close();
-    } else if (command == QLatin1String("restart")) {
-        QString error;
-        if (!till->restart(&error))
-            log->addFailure(error);
-    } else {
-        known = false;
-        *m_out << QStringLiteral("unknown command or arguments: %1 (help lists the commands)").arg(line) << Qt::endl;
-    }
-    if (result)
-        log->setResult(*result);
-    const ActionRecord record = log->finish();
-    if (known && ok) {
-        *m_out << ReportWriter::progressLine(record, 0).section(QLatin1Char(' '), 1) << Qt::endl;
-        const QString details = ReportWriter::details(record);
-        if (!details.isEmpty())
-            *m_out << details << Qt::endl;
-    }
-    if (closed)
-        showReturnInvoice(*closed, till->cardType());
+    const std::optional<ScenarioAction> action = this->action(words, line, till, player);
+    if (!action)
+        return true;
+    // The command as typed names the action, on the screen and in a cassette.
+    const ActionPlayer::Played played = player->play(*action, 0, false, line);
+    *m_out << ReportWriter::progressLine(played.record, 0).section(QLatin1Char(' '), 1) << Qt::endl;
+    const QString details = ReportWriter::details(played.record);
+    if (!details.isEmpty())
+        *m_out << details << Qt::endl;
+    if (action->type == ScenarioAction::Close && played.document)
+        showReturnInvoice(*played.document, till->cardType());
     return true;
 }
 

@@ -1,19 +1,22 @@
 #pragma once
 
 #include "exitcode.h"
+#include "scenario.h"
 #include "tilldatafolder.h"
 
 #include <QString>
+#include <QStringList>
+
+#include <optional>
 
 class AbstractDocument;
 class QTextStream;
 
 namespace till {
 
-class ActionLog;
+class ActionPlayer;
 class CassetteRecorder;
 class Till;
-class TillActions;
 
 /// The till at the terminal: the cashier types commands (new-return, add,
 /// pay, close…), answers the plug-in's dialogs as they come, and sees after
@@ -32,8 +35,12 @@ public:
 
 private:
     /// Runs one command line; false for "quit".
-    bool execute(const QString &line, Till *till, TillActions *actions, ActionLog *log);
-    void newDocument(int type, const QString &saleIdentifier, Till *till, TillActions *actions);
+    bool execute(const QString &line, Till *till, ActionPlayer *player);
+    /// The till action the command \a words ask for; nothing, after saying why, when they ask for none.
+    std::optional<ScenarioAction> action(const QStringList &words, const QString &line, Till *till, ActionPlayer *player);
+    /// Describes a new document of host type \a type in m_opened, under a run
+    /// of its own, and returns the action that opens it.
+    ScenarioAction newDocument(int type, const QString &saleIdentifier, Till *till, ActionPlayer *player);
     /// The return invoice number the service assigned to \a document, once it has one.
     void showReturnInvoice(const AbstractDocument &document, int cardType) const;
 
@@ -41,6 +48,8 @@ private:
     QTextStream *m_in;
     QTextStream *m_out;
     CassetteRecorder *m_recorder = nullptr;
+    /// The document the cashier opened last, named "shell", for the player; each takes a run of its own.
+    Scenario m_opened;
 };
 
 } // namespace till

@@ -1,6 +1,7 @@
 #include "sessionrunner.h"
 
 #include "actionlog.h"
+#include "actionplayer.h"
 #include "cashierscript.h"
 #include "faultinjectingrestclient.h"
 #include "faultplanner.h"
@@ -9,14 +10,12 @@
 #include "logwatch.h"
 #include "randomcashier.h"
 #include "recordingcashier.h"
-#include "scenariorunner.h"
 #include "sessiongenerator.h"
 #include "simulatedclock.h"
 #include "till.h"
 #include "tillactions.h"
 #include "tilldatafolder.h"
 
-#include <basicexception.h>
 #include <emulator/emulator.h>
 #include <mockfactory.h>
 
@@ -134,37 +133,25 @@ SessionOutcome SessionRunner::run(const SimulatedSession &session) const
     }
     logs.take();
 
-    ScenarioRunner player(folder, session.scenario, QByteArray(), QString());
     TillActions actions(&till, &log);
+    ActionPlayer player(session.scenario, 0, &till, &actions, &log);
     for (int i = 0; i < session.scenario.actions.size(); ++i) {
         const ScenarioAction &action = session.scenario.actions.at(i);
         checker.beforeStep(&till);
-        log.begin(i, ScenarioAction::typeName(action.type), ScenarioRunner::title(action));
         QElapsedTimer timer;
         timer.start();
-        bool restarted = true;
-        try {
-            player.perform(action, i, false, &till, &actions, &log);
-            if (action.type == ScenarioAction::Restart) {
-                ++outcome.kills;
-                restarted = till.restart(&error);
-            }
-        } catch (const BasicException &exception) {
-            checker.addViolation(QStringLiteral("no-exception-to-host"),
-                                 QStringLiteral("%1: an exception reached the host: %2").arg(ScenarioRunner::title(action), exception.tr().text()));
-        } catch (const std::exception &exception) {
-            checker.addViolation(QStringLiteral("no-exception-to-host"),
-                                 QStringLiteral("%1: an exception reached the host: %2").arg(ScenarioRunner::title(action), QString::fromUtf8(exception.what())));
-        }
+        const ActionPlayer::Played played = player.play(action, i);
         const qint64 elapsed = timer.elapsed();
-        const ActionRecord record = log.finish();
+        if (!played.exception.isEmpty())
+            checker.addViolation(QStringLiteral("no-exception-to-host"), QStringLiteral("%1: %2").arg(played.record.title, played.exception));
         ++outcome.steps;
         if (action.type == ScenarioAction::Restart) {
-            checker.afterRestart(restarted, error, folder.documentsDir());
-            if (!restarted)
+            ++outcome.kills;
+            checker.afterRestart(played.restarted, played.restartError, folder.documentsDir());
+            if (!played.restarted)
                 break;
         }
-        checker.afterStep(action, record, &till, elapsed, logs.take());
+        checker.afterStep(action, played.record, &till, elapsed, logs.take());
     }
     emulator.releaseHeldConnections();
     checker.atEnd();
