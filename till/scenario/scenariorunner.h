@@ -34,7 +34,9 @@ public:
         /// Starts over instead of continuing an unfinished run.
         bool again = false;
         /// Replaces the process for a "restart" action, the progress being
-        /// saved; when unset (or when it returns) the till restarts within the process.
+        /// saved; when unset the till restarts within the process. It does
+        /// not return when it succeeds: if it returns, the run fails ("the
+        /// till process could not be replaced").
         std::function<void()> restartProcess;
         /// Told of every record as soon as it is complete.
         std::function<void(const ActionRecord &record, int actionCount)> onRecord;
