@@ -1,11 +1,11 @@
 #include "killedtillrun.h"
 
+#include "emulatedtill.h"
 #include "exitcode.h"
 #include "jsonfile.h"
 #include "report.h"
 #include "sessionfile.h"
 #include "sessiongenerator.h"
-#include "sessionrunner.h"
 #include "tilldatafolder.h"
 
 #include <control/eactiontype.h>
@@ -20,7 +20,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
-#include <QTemporaryDir>
 
 #include <algorithm>
 
@@ -102,17 +101,17 @@ bool KilledTillRun::run(const SimulatedSession &played, Kill kill, SessionOutcom
         tessaro::emulator::EmulatorSettings::fromJson(SessionFile::emulatorJson(killed), &error);
     if (!settings)
         return false;
-    tessaro::emulator::Emulator emulator(*settings);
+    EmulatedTill service(*settings, EmulatedTill::workFolder() + QStringLiteral("/tessaro-killed-XXXXXX"));
+    tessaro::emulator::Emulator &emulator = service.emulator();
     emulator.clock().setNow(SessionGenerator::epoch());
-    QTemporaryDir dir(SessionRunner::workFolder() + QStringLiteral("/tessaro-killed-XXXXXX"));
-    const TillDataFolder folder(dir.filePath(QStringLiteral("till")));
-    const QString scenarioFile = dir.filePath(QStringLiteral("session.json"));
-    const QString reportFile = dir.filePath(QStringLiteral("report.json"));
-    if (emulator.startInThread(0) == 0 || !SessionRunner::prepareFolder(folder, emulator.baseUrl(), emulator.tokenUrl(), &error)
-        || !JsonFile::write(scenarioFile, SessionFile::scenarioJson(killed, QString()), &error)) {
+    const bool started = service.start(&error, EmulatedTill::CurrencyTables::Removed);
+    const QString scenarioFile = service.filePath(QStringLiteral("session.json"));
+    const QString reportFile = service.filePath(QStringLiteral("report.json"));
+    if (!started || !JsonFile::write(scenarioFile, SessionFile::scenarioJson(killed, QString()), &error)) {
         violate(outcome, QStringLiteral("setup"), error);
         return true;
     }
+    const TillDataFolder &folder = service.folder();
     const QStringList arguments{QStringLiteral("run"), QStringLiteral("--strict-host"), QStringLiteral("--data"), folder.path(),
                                 QStringLiteral("--plugins"), m_pluginFolder, QStringLiteral("--report"), reportFile, scenarioFile};
 
