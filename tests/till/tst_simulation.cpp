@@ -40,6 +40,7 @@ private slots:
     void killWaitsForTheHeldAdviceNote();
     void killedTillCountsEachReturnsNote_data();
     void killedTillCountsEachReturnsNote();
+    void killedTillTakesTheShiftAlreadyOpenedAsOpened();
 };
 
 namespace {
@@ -301,6 +302,33 @@ void TestSimulation::killedTillCountsEachReturnsNote()
     SessionOutcome outcome;
     outcome.requests = 1;
     QVERIFY(KilledTillRun(QStringLiteral(TILL_EXECUTABLE), QStringLiteral(TILL_PLUGIN_DIR)).run(*session, kill, &outcome));
+
+    QCOMPARE(outcome.kills, 1);
+    for (const InvariantChecker::Violation &violation : std::as_const(outcome.violations))
+        qWarning("%s: %s", qPrintable(violation.invariant), qPrintable(violation.detail));
+    QVERIFY(outcome.violations.isEmpty());
+}
+
+// The service's first answer to the advice note says its shift is closed, and
+// its answer to the till opening says the shift is already opened: the
+// plug-in takes that as the till open and keeps the shift record. Whether the
+// till was opened is read from the answer's status text, as the plug-in reads
+// it, not from the HTTP status or from whether a fault made the answer.
+void TestSimulation::killedTillTakesTheShiftAlreadyOpenedAsOpened()
+{
+    QString error;
+    std::optional<SimulatedSession> session =
+        SessionFile::load(QStringLiteral(TILL_SIMULATION_DIR "/two-returns-with-the-same-advice-note.json"), &error);
+    QVERIFY2(session, qPrintable(error));
+    session->killChild = true;
+    session->faults << SessionFault{QStringLiteral("/advicenote"), 0, SessionFault::Kind::ShiftClosed, 0, 0, {}}
+                    << SessionFault{QStringLiteral("/till/open"), 0, SessionFault::Kind::HttpStatus, 0, 409,
+                                    R"({"status": "The shift is already opened"})"};
+
+    SessionOutcome outcome;
+    outcome.requests = 1;
+    QVERIFY(KilledTillRun(QStringLiteral(TILL_EXECUTABLE), QStringLiteral(TILL_PLUGIN_DIR))
+                .run(*session, KilledTillRun::Kill::AfterCloseHook, &outcome));
 
     QCOMPARE(outcome.kills, 1);
     for (const InvariantChecker::Violation &violation : std::as_const(outcome.violations))

@@ -181,10 +181,7 @@ SessionOutcome CartSessionRunner::run(quint64 seed, double faultRate) const
                 int lost = 0;
                 const QList<tessaro::emulator::JournalEntry> entries = emulator.journal().entries().mid(journalBefore);
                 for (const tessaro::emulator::JournalEntry &entry : entries) {
-                    const bool broken = entry.fault == QLatin1String("truncated-json") || entry.fault == QLatin1String("malformed-json")
-                        || entry.fault == QLatin1String("empty-body");
-                    if (entry.exchange.path.endsWith(QLatin1String("/update"))
-                        && (entry.outcome != tessaro::emulator::JournalEntry::Outcome::Answered || broken))
+                    if (entry.exchange.path.endsWith(QLatin1String("/update")) && !InvariantChecker::answerReceived(entry))
                         ++lost;
                 }
                 const int added = int(cartItems(emulator, uuid).size()) - linesBefore;
