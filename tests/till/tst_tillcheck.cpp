@@ -1,3 +1,4 @@
+#include "emulatedtillconstants.h"
 #include "tilldatafolder.h"
 
 #include <emulator/emulator.h>
@@ -83,7 +84,7 @@ private:
 
 namespace {
 
-const QString authorization = QStringLiteral("Basic dGlsbDpzZWNyZXQ=");
+const QString authorization = QStringLiteral("Basic ") + till::emulated::clientCredentials;
 const QString appSecret = QStringLiteral("gate-secret-4711");
 
 /// The lines of a check's text whose level and name are these.
@@ -131,7 +132,7 @@ void TestTillCheck::startEmulator(EmulatorSettings::AuthMode mode)
     settings.basePath = QStringLiteral("/api");
     settings.authMode = mode;
     settings.clients = {{QStringLiteral("till"), QStringLiteral("tessaro"), authorization}};
-    settings.appKey = QStringLiteral("gate-key");
+    settings.appKey = till::emulated::appKey;
     settings.appSecret = appSecret;
     m_emulator = std::make_unique<Emulator>(settings);
     QVERIFY(m_emulator->startInThread());
@@ -146,7 +147,7 @@ QString TestTillCheck::makeTill(const QMap<QString, QString> &settings, bool gat
     QSettings ini(folder.configFile(), QSettings::IniFormat);
     if (gateway) {
         ini.setValue(QStringLiteral("OrvelGate/tessaro"), true);
-        ini.setValue(QStringLiteral("OrvelGate/appKey"), QStringLiteral("gate-key"));
+        ini.setValue(QStringLiteral("OrvelGate/appKey"), till::emulated::appKey);
         ini.setValue(QStringLiteral("OrvelGate/appSecret"), appSecret);
         ini.setValue(QStringLiteral("OrvelGate/xStage"), QStringLiteral("PreProd"));
     }
@@ -197,7 +198,7 @@ TestTillCheck::Result TestTillCheck::checkTill(const QStringList &extra)
 
 QStringList TestTillCheck::secrets() const
 {
-    QStringList found{authorization.mid(6), appSecret};
+    QStringList found{till::emulated::clientCredentials, appSecret};
     if (!m_emulator)
         return found;
     const auto entries = m_emulator->journal().entries();
@@ -272,7 +273,7 @@ void TestTillCheck::brokenTillIsNamed_data()
                                           << 2 << "failure" << "gateway signature" << "refused, \"unknown access key\"";
     QTest::newRow("gateway secret mismatch") << true << set(QStringLiteral("OrvelGate/appSecret"), QStringLiteral("gate-secret-4712"))
                                              << 2 << "failure" << "gateway signature" << "refused, \"verify signature failed\"";
-    QTest::newRow("gateway key with a blank") << true << set(QStringLiteral("OrvelGate/appKey"), QStringLiteral("gate-key "))
+    QTest::newRow("gateway key with a blank") << true << set(QStringLiteral("OrvelGate/appKey"), till::emulated::appKey + QLatin1Char(' '))
                                               << 2 << "failure" << "OrvelGate:appKey" << "*** (9 characters): blanks stand around it";
     QTest::newRow("gateway without secret") << true << set(QStringLiteral("OrvelGate/appSecret"), QString())
                                             << 2 << "failure" << "gateway signature" << "requests go unsigned";

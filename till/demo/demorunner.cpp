@@ -9,7 +9,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QTextStream>
 
@@ -45,12 +44,9 @@ bool DemoRunner::play(const Play &play, const QString &folder, const QString &pl
         *error = parser.error().toString();
         return false;
     }
-    std::optional<tessaro::emulator::EmulatorSettings> settings = tessaro::emulator::EmulatorSettings();
-    if (!play.emulatorSettings.isEmpty()) {
-        settings = tessaro::emulator::EmulatorSettings::fromJson(QJsonDocument::fromJson(play.emulatorSettings).object(), error);
-        if (!settings)
-            return false;
-    }
+    const std::optional<tessaro::emulator::EmulatorSettings> settings = EmulatedTill::settings(play.emulatorSettings, error);
+    if (!settings)
+        return false;
     EmulatedTill service(*settings);
     if (!service.start(folder, error))
         return false;

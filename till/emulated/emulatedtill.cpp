@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonDocument>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -11,8 +12,8 @@ namespace till {
 
 EmulatedTill::EmulatedTill(const tessaro::emulator::EmulatorSettings &settings, const QString &temporaryTemplate)
     : m_emulator(settings)
-    , m_temporaryTemplate(temporaryTemplate)
-    , m_folder(QString())
+    , m_dir(temporaryTemplate.isEmpty() ? std::make_unique<QTemporaryDir>() : std::make_unique<QTemporaryDir>(temporaryTemplate))
+    , m_folder(m_dir->filePath(QStringLiteral("till")))
 {
 }
 
@@ -20,12 +21,11 @@ EmulatedTill::~EmulatedTill() = default;
 
 bool EmulatedTill::start(QString *error, CurrencyTables tables)
 {
-    m_dir = m_temporaryTemplate.isEmpty() ? std::make_unique<QTemporaryDir>() : std::make_unique<QTemporaryDir>(m_temporaryTemplate);
     if (!m_dir->isValid()) {
         *error = QStringLiteral("cannot create a temporary folder: %1").arg(m_dir->errorString());
         return false;
     }
-    return start(m_dir->filePath(QStringLiteral("till")), error, tables);
+    return start(m_folder.path(), error, tables);
 }
 
 bool EmulatedTill::start(const QString &folder, QString *error, CurrencyTables tables)
@@ -53,7 +53,14 @@ bool EmulatedTill::createTill(const TillDataFolder &folder, QString *error, Curr
 
 QString EmulatedTill::filePath(const QString &name) const
 {
-    return m_dir ? m_dir->filePath(name) : QString();
+    return m_dir->filePath(name);
+}
+
+std::optional<tessaro::emulator::EmulatorSettings> EmulatedTill::settings(const QByteArray &json, QString *error)
+{
+    if (json.isEmpty())
+        return tessaro::emulator::EmulatorSettings();
+    return tessaro::emulator::EmulatorSettings::fromJson(QJsonDocument::fromJson(json).object(), error);
 }
 
 tessaro::emulator::EmulatorSettings::Till EmulatedTill::serviceTill(bool shiftOpen)

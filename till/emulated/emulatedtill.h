@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 
 class QTemporaryDir;
 
@@ -32,18 +33,21 @@ public:
     ~EmulatedTill();
     Q_DISABLE_COPY_MOVE(EmulatedTill)
 
-    /// Starts the emulator and creates the till in "till" of the temporary folder.
+    /// Starts the emulator and creates the till in folder().
     bool start(QString *error, CurrencyTables tables = CurrencyTables::Kept);
-    /// Starts the emulator and creates the till in \a folder.
+    /// Starts the emulator and creates the till in \a folder, which folder() then names.
     bool start(const QString &folder, QString *error, CurrencyTables tables = CurrencyTables::Kept);
     /// Creates one more till in \a folder for the running emulator.
     bool createTill(const TillDataFolder &folder, QString *error, CurrencyTables tables = CurrencyTables::Kept) const;
 
     tessaro::emulator::Emulator &emulator() { return m_emulator; }
+    /// The till: "till" in the temporary folder until start() names another.
     const TillDataFolder &folder() const { return m_folder; }
-    /// \a name in the temporary folder, beside the till; empty without one.
+    /// \a name in the temporary folder, beside the till.
     QString filePath(const QString &name) const;
 
+    /// Emulator settings from their JSON text; an empty text gives the defaults.
+    static std::optional<tessaro::emulator::EmulatorSettings> settings(const QByteArray &json, QString *error);
     /// The emulated service's till for the data folder's store and till numbers.
     static tessaro::emulator::EmulatorSettings::Till serviceTill(bool shiftOpen);
     /// The values no log line may show: the client's credentials and the gateway's secret.
@@ -54,7 +58,6 @@ public:
 
 private:
     tessaro::emulator::Emulator m_emulator;
-    QString m_temporaryTemplate;
     std::unique_ptr<QTemporaryDir> m_dir;
     TillDataFolder m_folder;
 };
