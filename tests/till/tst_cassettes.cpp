@@ -1,6 +1,7 @@
 #include "cassetteplays.h"
 #include "contractcommand.h"
 #include "emulatedtill.h"
+#include "emulatedtillconstants.h"
 
 #include <contracts/cassettefile.h>
 #include <emulator/emulator.h>
@@ -194,11 +195,11 @@ void TestCassettes::secretsNeverRecorded_data()
                            << QStringList{clientSecret, basic.mid(6), QStringLiteral("till:") + clientSecret};
     QTest::newRow("gateway") << Settings{{QStringLiteral("Tessaro:useTokenAuth"), QStringLiteral("false")},
                                                        {QStringLiteral("OrvelGate:tessaro"), QStringLiteral("true")},
-                                                       {QStringLiteral("OrvelGate:appKey"), QStringLiteral("gate-key")},
+                                                       {QStringLiteral("OrvelGate:appKey"), emulated::appKey},
                                                        {QStringLiteral("OrvelGate:appSecret"), appSecret},
                                                        {QStringLiteral("OrvelGate:xStage"), QStringLiteral("PreProd")}}
                              << QJsonDocument(QJsonObject{{QStringLiteral("auth"), QStringLiteral("gateway")},
-                                                          {QStringLiteral("gateway"), QJsonObject{{QStringLiteral("appKey"), QStringLiteral("gate-key")},
+                                                          {QStringLiteral("gateway"), QJsonObject{{QStringLiteral("appKey"), emulated::appKey},
                                                                                                  {QStringLiteral("appSecret"), appSecret}}}})
                                     .toJson()
                              << QStringList{appSecret};

@@ -1,3 +1,4 @@
+#include "emulatedtill.h"
 #include "emulatedtillconstants.h"
 #include "tilldatafolder.h"
 
@@ -65,10 +66,10 @@ private:
         QString err;
     };
 
-    /// Starts the emulator with token or gateway authorisation.
+    /// Starts the emulator with token or gateway authorisation, and a till for it.
     void startEmulator(EmulatorSettings::AuthMode mode);
-    /// A till for the running emulator, its till.ini changed by \a settings
-    /// ("Section/key" to a value; an empty value removes the key).
+    /// The emulator's till, its till.ini changed by \a settings ("Section/key"
+    /// to a value; an empty value removes the key).
     QString makeTill(const QMap<QString, QString> &settings = {}, bool gateway = false);
     /// Runs the command; the test's event loop turns meanwhile, for servers of its own.
     Result check(const QStringList &arguments);
@@ -78,7 +79,7 @@ private:
     void verifyNoSecret(const Result &result) const;
 
     std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<Emulator> m_emulator;
+    std::unique_ptr<till::EmulatedTill> m_service;
     QString m_data;
 };
 
@@ -123,7 +124,7 @@ void TestTillCheck::init()
 
 void TestTillCheck::cleanup()
 {
-    m_emulator.reset();
+    m_service.reset();
 }
 
 void TestTillCheck::startEmulator(EmulatorSettings::AuthMode mode)
@@ -134,16 +135,14 @@ void TestTillCheck::startEmulator(EmulatorSettings::AuthMode mode)
     settings.clients = {{QStringLiteral("till"), QStringLiteral("tessaro"), authorization}};
     settings.appKey = till::emulated::appKey;
     settings.appSecret = appSecret;
-    m_emulator = std::make_unique<Emulator>(settings);
-    QVERIFY(m_emulator->startInThread());
+    m_service = std::make_unique<till::EmulatedTill>(settings);
+    QString error;
+    QVERIFY2(m_service->start(m_data, &error), qPrintable(error));
 }
 
 QString TestTillCheck::makeTill(const QMap<QString, QString> &settings, bool gateway)
 {
-    QString error;
-    const till::TillDataFolder folder(m_data);
-    if (!folder.create(m_emulator->baseUrl().toString(), m_emulator->tokenUrl().toString(), &error))
-        qFatal("%s", qPrintable(error));
+    const till::TillDataFolder &folder = m_service->folder();
     QSettings ini(folder.configFile(), QSettings::IniFormat);
     if (gateway) {
         ini.setValue(QStringLiteral("OrvelGate/tessaro"), true);
@@ -199,9 +198,9 @@ TestTillCheck::Result TestTillCheck::checkTill(const QStringList &extra)
 QStringList TestTillCheck::secrets() const
 {
     QStringList found{till::emulated::clientCredentials, appSecret};
-    if (!m_emulator)
+    if (!m_service)
         return found;
-    const auto entries = m_emulator->journal().entries();
+    const auto entries = m_service->emulator().journal().entries();
     for (const JournalEntry &entry : entries) {
         const QByteArray bearer = entry.exchange.header(QByteArrayLiteral("authorization"));
         if (bearer.startsWith("Bearer ") && bearer.size() > 7)
@@ -330,8 +329,8 @@ void TestTillCheck::brokenTillIsNamed()
     for (auto it = settings.cbegin(); it != settings.cend(); ++it)
         changes.insert(it.key(), it.value()
                                      .toString()
-                                     .replace(QLatin1String("TOKEN"), m_emulator->tokenUrl().toString())
-                                     .replace(QLatin1String("ROOT"), m_emulator->baseUrl().adjusted(QUrl::RemovePath).toString()));
+                                     .replace(QLatin1String("TOKEN"), m_service->emulator().tokenUrl().toString())
+                                     .replace(QLatin1String("ROOT"), m_service->emulator().baseUrl().adjusted(QUrl::RemovePath).toString()));
     makeTill(changes, gateway);
     const Result result = checkTill();
     QVERIFY2(result.exitCode == exitCode, findings(result.out + result.err).constData());
@@ -431,7 +430,7 @@ void TestTillCheck::unreachablePortIsNamed()
 void TestTillCheck::clockShiftedBeyondTheGatewaysToleranceIsNamed()
 {
     startEmulator(EmulatorSettings::AuthMode::Gateway);
-    m_emulator->clock().advance(20 * 60);
+    m_service->emulator().clock().advance(20 * 60);
     makeTill({}, true);
     const Result result = checkTill();
     QCOMPARE(result.exitCode, 2);
@@ -445,7 +444,7 @@ void TestTillCheck::clockShiftedBeyondTheGatewaysToleranceIsNamed()
 void TestTillCheck::clockShiftedWithoutGatewayIsAWarning()
 {
     startEmulator(EmulatorSettings::AuthMode::Token);
-    m_emulator->clock().advance(-2 * 60);
+    m_service->emulator().clock().advance(-2 * 60);
     makeTill();
     const Result result = checkTill();
     QVERIFY2(result.exitCode == 1, findings(result.out).constData());
@@ -505,7 +504,7 @@ void TestTillCheck::changesNothingAndAsksOnlyToRead()
     QCOMPARE(checkTill().exitCode, 0);
     QCOMPARE(folderState(m_data), before);
     QStringList requests;
-    const auto entries = m_emulator->journal().entries();
+    const auto entries = m_service->emulator().journal().entries();
     for (const JournalEntry &entry : entries)
         requests << QString::fromLatin1(entry.exchange.method) + QLatin1Char(' ') + entry.exchange.path.section(QLatin1Char('/'), 0, 2);
     QCOMPARE(requests, QStringList({QStringLiteral("GET /api"), QStringLiteral("POST /token"), QStringLiteral("GET /api/messages")}));
@@ -566,8 +565,8 @@ void TestTillCheck::apiKeysInAddressesAreMasked()
 {
     QFETCH(QStringList, arguments);
     startEmulator(EmulatorSettings::AuthMode::Token);
-    makeTill({{QStringLiteral("Tessaro/url"), m_emulator->baseUrl().toString() + QStringLiteral("?apikey=ak-81&key=k-82")},
-              {QStringLiteral("Tessaro/tokenUrl"), m_emulator->tokenUrl().toString() + QStringLiteral("?api_key=tk-83")}});
+    makeTill({{QStringLiteral("Tessaro/url"), m_service->emulator().baseUrl().toString() + QStringLiteral("?apikey=ak-81&key=k-82")},
+              {QStringLiteral("Tessaro/tokenUrl"), m_service->emulator().tokenUrl().toString() + QStringLiteral("?api_key=tk-83")}});
 
     const Result result = checkTill(arguments);
 
