@@ -140,7 +140,7 @@ void HttpFrontend::answer(QTcpSocket *socket, qint64 id, const Reply &reply, boo
 {
     // The journal is complete before the answer leaves, so a client that has
     // its answer finds the request recorded with its status.
-    m_journal.complete(id, JournalEntry::Outcome::Answered, reply.status());
+    m_journal.complete(id, JournalEntry::Outcome::Answered, reply.status(), reply.body());
     send(socket, reply, keepAlive, m_clock.now());
 }
 

@@ -15,7 +15,7 @@ qint64 Journal::record(const Exchange &exchange, const QString &fault)
     return entry.id;
 }
 
-void Journal::complete(qint64 id, JournalEntry::Outcome outcome, int status)
+void Journal::complete(qint64 id, JournalEntry::Outcome outcome, int status, const QByteArray &answer)
 {
     const QMutexLocker locker(&m_mutex);
     // Recent entries are completed far more often than old ones: search backwards.
@@ -23,6 +23,7 @@ void Journal::complete(qint64 id, JournalEntry::Outcome outcome, int status)
         if (it->id == id) {
             it->outcome = outcome;
             it->status = status;
+            it->answer = answer;
             return;
         }
     }

@@ -16,8 +16,8 @@ class Journal
 public:
     /// Keeps a request as pending and returns its id.
     qint64 record(const Exchange &exchange, const QString &fault = QString());
-    /// Notes what became of the request with that id.
-    void complete(qint64 id, JournalEntry::Outcome outcome, int status = 0);
+    /// Notes what became of the request with that id, and the body answered.
+    void complete(qint64 id, JournalEntry::Outcome outcome, int status = 0, const QByteArray &answer = QByteArray());
     /// Adds a remark to the request with that id (a replay's verdict).
     void note(qint64 id, const QString &text);
 

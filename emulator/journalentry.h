@@ -2,6 +2,7 @@
 
 #include "emulator/exchange.h"
 
+#include <QByteArray>
 #include <QJsonObject>
 #include <QString>
 
@@ -34,6 +35,7 @@ public:
     qint64 id = 0;
     Exchange exchange;
     int status = 0;          ///< HTTP status answered; 0 when none was
+    QByteArray answer;       ///< the body answered, broken or whole; not in the JSON form, where a token would show
     Outcome outcome = Outcome::Pending;
     QString fault;           ///< the fault kind that struck, if any
     QString note;            ///< what a replay made of the request

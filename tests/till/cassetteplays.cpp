@@ -2,20 +2,18 @@
 
 #include "cassetterecorder.h"
 #include "cassettereplay.h"
+#include "emulatedtill.h"
 #include "scenarioparser.h"
 #include "scenariorunner.h"
 #include "tilldatafolder.h"
-
-#include <emulator/emulator.h>
-
-#include <QJsonDocument>
 
 namespace cassetteplays {
 
 namespace {
 
-bool playOn(const till::DemoRunner::Play &play, const QString &serviceUrl, const QString &tokenUrl, const QMap<QString, QString> &config,
-            const QString &folder, till::CassetteRecorder *recorder, till::Report *report, QString *error)
+// Plays \a play on the till in \a till, which talks to the service to be recorded or replayed.
+bool playOn(const till::DemoRunner::Play &play, const till::TillDataFolder &till, const QMap<QString, QString> &config,
+            till::CassetteRecorder *recorder, till::Report *report, QString *error)
 {
     till::ScenarioParser parser(play.name);
     std::optional<till::Scenario> scenario = parser.parse(play.scenario);
@@ -24,9 +22,6 @@ bool playOn(const till::DemoRunner::Play &play, const QString &serviceUrl, const
         return false;
     }
     scenario->till.config.insert(config);
-    const till::TillDataFolder till(folder);
-    if (!till.create(serviceUrl, tokenUrl, error))
-        return false;
     till::ScenarioRunner::Options options;
     options.pluginFolder = QStringLiteral(TILL_PLUGIN_DIR);
     options.again = true;
@@ -40,22 +35,16 @@ bool playOn(const till::DemoRunner::Play &play, const QString &serviceUrl, const
 bool record(const till::DemoRunner::Play &play, const QString &folder, Recording *recording, QString *error,
             const QMap<QString, QString> &config, const QByteArray &emulatorSettings)
 {
-    const QByteArray json = emulatorSettings.isEmpty() ? play.emulatorSettings : emulatorSettings;
-    std::optional<tessaro::emulator::EmulatorSettings> settings = tessaro::emulator::EmulatorSettings();
-    if (!json.isEmpty())
-        settings = tessaro::emulator::EmulatorSettings::fromJson(QJsonDocument::fromJson(json).object(), error);
+    const std::optional<tessaro::emulator::EmulatorSettings> settings =
+        till::EmulatedTill::settings(emulatorSettings.isEmpty() ? play.emulatorSettings : emulatorSettings, error);
     if (!settings)
         return false;
-    tessaro::emulator::Emulator emulator(*settings);
-    if (emulator.startInThread(0) == 0) {
-        *error = QStringLiteral("the emulator cannot listen");
-        return false;
-    }
+    till::EmulatedTill service(*settings);
     till::CassetteRecorder recorder;
-    if (!playOn(play, emulator.baseUrl().toString(), emulator.tokenUrl().toString(), config, folder, &recorder, &recording->report, error))
+    if (!service.start(folder, error) || !playOn(play, service.folder(), config, &recorder, &recording->report, error))
         return false;
     recording->cassette = recorder.cassette();
-    recording->journal = emulator.journal().entries();
+    recording->journal = service.emulator().journal().entries();
     return true;
 }
 
@@ -67,7 +56,8 @@ bool replay(const till::DemoRunner::Play &play, const tessaro::contracts::Casset
         return false;
     QMap<QString, QString> settings = config;
     settings.insert(replay.config());
-    if (!playOn(play, replay.serviceUrl(), replay.tokenUrl(), settings, folder, nullptr, report, error))
+    const till::TillDataFolder till(folder);
+    if (!till.create(replay.serviceUrl(), replay.tokenUrl(), error) || !playOn(play, till, settings, nullptr, report, error))
         return false;
     report->failures << replay.failures();
     return true;

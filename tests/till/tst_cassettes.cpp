@@ -1,6 +1,7 @@
 #include "cassetteplays.h"
 #include "contractcommand.h"
-#include "tilldatafolder.h"
+#include "emulatedtill.h"
+#include "emulatedtillconstants.h"
 
 #include <contracts/cassettefile.h>
 #include <emulator/emulator.h>
@@ -93,11 +94,11 @@ QJsonObject TestCassettes::committed(const QString &name)
 
 void TestCassettes::commandLine()
 {
-    tessaro::emulator::Emulator service;
-    QVERIFY(service.startInThread(0));
+    EmulatedTill till;
+    tessaro::emulator::Emulator &service = till.emulator();
     const QString data = m_dir.filePath(QStringLiteral("command-line-till"));
     QString error;
-    QVERIFY2(TillDataFolder(data).create(service.baseUrl().toString(), service.tokenUrl().toString(), &error), qPrintable(error));
+    QVERIFY2(till.start(data, &error), qPrintable(error));
     const QString scenario = QStringLiteral(TILL_SCENARIO_DIR "/01-plain-return.json");
     const QString file = m_dir.filePath(QStringLiteral("command-line.json"));
     const QString plugins = QStringLiteral(TILL_PLUGIN_DIR);
@@ -125,11 +126,11 @@ void TestCassettes::commandLine()
 
 void TestCassettes::shellRecords()
 {
-    tessaro::emulator::Emulator service;
-    QVERIFY(service.startInThread(0));
+    EmulatedTill till;
+    tessaro::emulator::Emulator &service = till.emulator();
     const QString data = m_dir.filePath(QStringLiteral("shell-till"));
     QString error;
-    QVERIFY2(TillDataFolder(data).create(service.baseUrl().toString(), service.tokenUrl().toString(), &error), qPrintable(error));
+    QVERIFY2(till.start(data, &error), qPrintable(error));
     const QString file = m_dir.filePath(QStringLiteral("shell.json"));
     // The stand-in plug-in sends one request when a document closes.
     const QByteArray input = "new-return\n12\n12\n01.02.2024\nadd 100 2 5\nreason 1\n2\npay 1 10\nclose\nquit\n";
@@ -194,11 +195,11 @@ void TestCassettes::secretsNeverRecorded_data()
                            << QStringList{clientSecret, basic.mid(6), QStringLiteral("till:") + clientSecret};
     QTest::newRow("gateway") << Settings{{QStringLiteral("Tessaro:useTokenAuth"), QStringLiteral("false")},
                                                        {QStringLiteral("OrvelGate:tessaro"), QStringLiteral("true")},
-                                                       {QStringLiteral("OrvelGate:appKey"), QStringLiteral("gate-key")},
+                                                       {QStringLiteral("OrvelGate:appKey"), emulated::appKey},
                                                        {QStringLiteral("OrvelGate:appSecret"), appSecret},
                                                        {QStringLiteral("OrvelGate:xStage"), QStringLiteral("PreProd")}}
                              << QJsonDocument(QJsonObject{{QStringLiteral("auth"), QStringLiteral("gateway")},
-                                                          {QStringLiteral("gateway"), QJsonObject{{QStringLiteral("appKey"), QStringLiteral("gate-key")},
+                                                          {QStringLiteral("gateway"), QJsonObject{{QStringLiteral("appKey"), emulated::appKey},
                                                                                                  {QStringLiteral("appSecret"), appSecret}}}})
                                     .toJson()
                              << QStringList{appSecret};
@@ -372,8 +373,10 @@ void TestCassettes::newerFormatRefused()
 
 void TestCassettes::onlyReadsAgainstAService()
 {
-    tessaro::emulator::Emulator service;
-    QVERIFY(service.startInThread(0));
+    EmulatedTill till;
+    tessaro::emulator::Emulator &service = till.emulator();
+    QString error;
+    QVERIFY2(till.start(m_dir.filePath(QStringLiteral("service-till")), &error), qPrintable(error));
     ContractCommand::Options options;
     options.cassette = QStringLiteral(TESSARO_CASSETTE_DIR "/01-plain-return.json");
     options.against = service.baseUrl().toString();
@@ -386,9 +389,7 @@ void TestCassettes::onlyReadsAgainstAService()
     QCOMPARE(service.journal().size(), 0);
 
     // With the till's credentials the token request goes out, the advice note still not.
-    QString error;
-    QVERIFY2(TillDataFolder(m_dir.filePath(QStringLiteral("service-till"))).create(options.against, options.tokenUrl, &error), qPrintable(error));
-    options.dataFolder = m_dir.filePath(QStringLiteral("service-till"));
+    options.dataFolder = till.folder().path();
     output.clear();
     QVERIFY2(ContractCommand(options, &out, &out).run() == ExitCode::Passed, qPrintable(output));
     out.flush();

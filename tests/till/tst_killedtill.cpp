@@ -1,3 +1,4 @@
+#include "emulatedtill.h"
 #include "tilldatafolder.h"
 
 #include <documentsdao.h>
@@ -10,7 +11,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace till;
@@ -64,13 +64,13 @@ QJsonObject documentOnDisk(const TillDataFolder &folder, const QString &id)
 struct ScenarioTill
 {
     ScenarioTill()
-        : folder(dir.filePath(QStringLiteral("till")))
-        , file(dir.filePath(QStringLiteral("scenario.json")))
+        : emulator(service.emulator())
+        , folder(service.folder())
+        , file(service.filePath(QStringLiteral("scenario.json")))
     {
         QString error;
         QFile out(file);
-        ready = emulator.startInThread(0) != 0 && folder.create(emulator.baseUrl().toString(), emulator.tokenUrl().toString(), &error)
-            && out.open(QIODevice::WriteOnly) && out.write(scenario) == scenario.size();
+        ready = service.start(&error) && out.open(QIODevice::WriteOnly) && out.write(scenario) == scenario.size();
     }
 
     /// The command line of tessaro-till run on this till, with \a options.
@@ -92,9 +92,9 @@ struct ScenarioTill
         return notes;
     }
 
-    tessaro::emulator::Emulator emulator;
-    QTemporaryDir dir;
-    TillDataFolder folder;
+    EmulatedTill service;
+    tessaro::emulator::Emulator &emulator;
+    const TillDataFolder &folder;
     QString file;
     bool ready = false;
 };

@@ -3,20 +3,16 @@
 // as the same advice note.
 
 #include "demorunner.h"
+#include "emulatedtill.h"
 #include "scenarioparser.h"
 #include "scenariorunner.h"
 #include "shellsession.h"
-#include "tilldatafolder.h"
-
-#include <emulator/emulator.h>
 
 #include <QJsonDocument>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTextStream>
 
 using namespace till;
-using tessaro::emulator::Emulator;
 
 class TestShellRehearsal : public QObject
 {
@@ -33,15 +29,14 @@ private slots:
     void badFieldIsNamed();
 
 private:
-    /// A new till in \a name against the running emulator.
-    TillDataFolder newTill(const QString &name);
-    /// Types \a input into a shell on a new till; returns what it printed.
+    /// Starts a new emulator with a new till.
+    void startService();
+    /// Types \a input into a shell on the service's till; returns what it printed.
     QString shell(const QByteArray &input);
     /// The body of the one advice note the emulator received.
     QJsonObject adviceNote() const;
 
-    std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<Emulator> m_emulator;
+    std::unique_ptr<EmulatedTill> m_service;
 };
 
 namespace {
@@ -64,23 +59,19 @@ const QByteArray plainReturn = "new-return\n"
 
 void TestShellRehearsal::init()
 {
-    m_dir = std::make_unique<QTemporaryDir>();
-    m_emulator = std::make_unique<Emulator>();
-    QVERIFY(m_emulator->startInThread(0) != 0);
+    startService();
 }
 
 void TestShellRehearsal::cleanup()
 {
-    m_emulator.reset();
+    m_service.reset();
 }
 
-TillDataFolder TestShellRehearsal::newTill(const QString &name)
+void TestShellRehearsal::startService()
 {
-    const TillDataFolder folder(m_dir->filePath(name));
+    m_service = std::make_unique<EmulatedTill>();
     QString error;
-    if (!folder.create(m_emulator->baseUrl().toString(), m_emulator->tokenUrl().toString(), &error))
-        qWarning("%s", qPrintable(error));
-    return folder;
+    QVERIFY2(m_service->start(&error), qPrintable(error));
 }
 
 QString TestShellRehearsal::shell(const QByteArray &input)
@@ -89,7 +80,7 @@ QString TestShellRehearsal::shell(const QByteArray &input)
     QTextStream in(&typed, QIODevice::ReadOnly);
     QString printed;
     QTextStream out(&printed);
-    ShellSession session(newTill(QStringLiteral("shell")), &in, &out);
+    ShellSession session(m_service->folder(), &in, &out);
     const ExitCode exitCode = session.run(QStringLiteral(TILL_PLUGIN_DIR));
     out.flush();
     return exitCode == ExitCode::Passed ? printed : QStringLiteral("exit code %1\n%2").arg(exitStatus(exitCode)).arg(printed);
@@ -97,7 +88,7 @@ QString TestShellRehearsal::shell(const QByteArray &input)
 
 QJsonObject TestShellRehearsal::adviceNote() const
 {
-    const auto notes = m_emulator->journal().entriesFor(QStringLiteral("/advicenote"));
+    const auto notes = m_service->emulator().journal().entriesFor(QStringLiteral("/advicenote"));
     return notes.size() == 1 ? notes.first().exchange.jsonObject() : QJsonObject();
 }
 
@@ -109,7 +100,7 @@ void TestShellRehearsal::handTypedReturnSendsTheScenariosAdviceNote()
     ScenarioParser parser(play->name);
     const std::optional<Scenario> scenario = parser.parse(play->scenario);
     QVERIFY2(scenario, qPrintable(parser.error().toString()));
-    ScenarioRunner runner(newTill(QStringLiteral("scenario")), *scenario, play->scenario, play->name);
+    ScenarioRunner runner(m_service->folder(), *scenario, play->scenario, play->name);
     ScenarioRunner::Options options;
     options.pluginFolder = QStringLiteral(TILL_PLUGIN_DIR);
     Report report;
@@ -119,8 +110,7 @@ void TestShellRehearsal::handTypedReturnSendsTheScenariosAdviceNote()
     const QJsonObject fromScenario = adviceNote();
     QVERIFY(!fromScenario.isEmpty());
 
-    m_emulator = std::make_unique<Emulator>();
-    QVERIFY(m_emulator->startInThread(0) != 0);
+    startService();
     const QString printed = shell(plainReturn);
     QCOMPARE(QString::fromUtf8(QJsonDocument(adviceNote()).toJson()), QString::fromUtf8(QJsonDocument(fromScenario).toJson()));
     QVERIFY2(printed.contains(QStringLiteral("close → 2")), qPrintable(printed));
@@ -129,7 +119,7 @@ void TestShellRehearsal::handTypedReturnSendsTheScenariosAdviceNote()
 void TestShellRehearsal::closeShowsTheReturnInvoiceNumber()
 {
     const QString printed = shell(plainReturn);
-    const auto notes = m_emulator->state().adviceNotes.notes();
+    const auto notes = m_service->emulator().state().adviceNotes.notes();
     QCOMPARE(notes.size(), 1);
     const QString number = notes.first().key4;
     QVERIFY(!number.isEmpty());

@@ -1,6 +1,7 @@
 #include "actionlog.h"
 #include "actionplayer.h"
 #include "cashierscript.h"
+#include "emulatedtill.h"
 #include "jsonfile.h"
 #include "scenarioparser.h"
 #include "till.h"
@@ -81,17 +82,17 @@ namespace {
 /// position with its reason, paid; the service is an emulator in this process.
 struct ReturnToClose
 {
-    explicit ReturnToClose(const tessaro::emulator::EmulatorSettings &service = {})
-        : emulator(service)
-        , folder(dir.filePath(QStringLiteral("till")))
+    explicit ReturnToClose(const tessaro::emulator::EmulatorSettings &settings = {})
+        : service(settings)
+        , emulator(service.emulator())
+        , folder(service.folder())
         , played(ScenarioParser().parse(scenario).value_or(Scenario()))
         , cashier(played.answers)
         , till(folder, &cashier, &log)
         , actions(&till, &log)
     {
         QString error;
-        ready = emulator.startInThread(0) != 0 && folder.create(emulator.baseUrl().toString(), emulator.tokenUrl().toString(), &error)
-            && till.start(QStringLiteral(TILL_PLUGIN_DIR), played.till, &error);
+        ready = service.start(&error) && till.start(QStringLiteral(TILL_PLUGIN_DIR), played.till, &error);
         ActionPlayer player(played, 0, &till, &actions, &log);
         for (int i = 0; ready && i < played.actions.size(); ++i)
             ready = player.play(played.actions.at(i), i).record.failures.isEmpty();
@@ -99,9 +100,9 @@ struct ReturnToClose
             qWarning("the return is not ready to close: %s", qPrintable(error));
     }
 
-    tessaro::emulator::Emulator emulator;
-    QTemporaryDir dir;
-    TillDataFolder folder;
+    EmulatedTill service;
+    tessaro::emulator::Emulator &emulator;
+    const TillDataFolder &folder;
     Scenario played;
     CashierScript cashier;
     ActionLog log;
@@ -170,15 +171,11 @@ void TestStoreFailure::fullDiskAtCloseIsShownAndLosesNothing()
 void TestStoreFailure::shiftRecordAHookCannotWriteFailsTheAction()
 {
     tessaro::emulator::EmulatorSettings closedShift;
-    tessaro::emulator::EmulatorSettings::Till service;
-    service.storeNo = 7;
-    service.tillNo = 12;
-    service.shiftOpen = false;
-    closedShift.tills << service;
+    closedShift.tills << EmulatedTill::serviceTill(false);
     ReturnToClose bed(closedShift);
     QVERIFY(bed.ready);
     // The till's store cannot be written from now on: its folder is gone.
-    const QString database = bed.dir.filePath(QStringLiteral("gone/till.db"));
+    const QString database = bed.service.filePath(QStringLiteral("gone/till.db"));
     Singleton<DocumentsDao>::setInstance(new DocumentsDao(database));
 
     // The service's shift is closed: the close hook opens it, and the plug-in's

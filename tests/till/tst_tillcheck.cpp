@@ -1,3 +1,5 @@
+#include "emulatedtill.h"
+#include "emulatedtillconstants.h"
 #include "tilldatafolder.h"
 
 #include <emulator/emulator.h>
@@ -64,10 +66,10 @@ private:
         QString err;
     };
 
-    /// Starts the emulator with token or gateway authorisation.
+    /// Starts the emulator with token or gateway authorisation, and a till for it.
     void startEmulator(EmulatorSettings::AuthMode mode);
-    /// A till for the running emulator, its till.ini changed by \a settings
-    /// ("Section/key" to a value; an empty value removes the key).
+    /// The emulator's till, its till.ini changed by \a settings ("Section/key"
+    /// to a value; an empty value removes the key).
     QString makeTill(const QMap<QString, QString> &settings = {}, bool gateway = false);
     /// Runs the command; the test's event loop turns meanwhile, for servers of its own.
     Result check(const QStringList &arguments);
@@ -77,13 +79,13 @@ private:
     void verifyNoSecret(const Result &result) const;
 
     std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<Emulator> m_emulator;
+    std::unique_ptr<till::EmulatedTill> m_service;
     QString m_data;
 };
 
 namespace {
 
-const QString authorization = QStringLiteral("Basic dGlsbDpzZWNyZXQ=");
+const QString authorization = QStringLiteral("Basic ") + till::emulated::clientCredentials;
 const QString appSecret = QStringLiteral("gate-secret-4711");
 
 /// The lines of a check's text whose level and name are these.
@@ -122,7 +124,7 @@ void TestTillCheck::init()
 
 void TestTillCheck::cleanup()
 {
-    m_emulator.reset();
+    m_service.reset();
 }
 
 void TestTillCheck::startEmulator(EmulatorSettings::AuthMode mode)
@@ -131,22 +133,20 @@ void TestTillCheck::startEmulator(EmulatorSettings::AuthMode mode)
     settings.basePath = QStringLiteral("/api");
     settings.authMode = mode;
     settings.clients = {{QStringLiteral("till"), QStringLiteral("tessaro"), authorization}};
-    settings.appKey = QStringLiteral("gate-key");
+    settings.appKey = till::emulated::appKey;
     settings.appSecret = appSecret;
-    m_emulator = std::make_unique<Emulator>(settings);
-    QVERIFY(m_emulator->startInThread());
+    m_service = std::make_unique<till::EmulatedTill>(settings);
+    QString error;
+    QVERIFY2(m_service->start(m_data, &error), qPrintable(error));
 }
 
 QString TestTillCheck::makeTill(const QMap<QString, QString> &settings, bool gateway)
 {
-    QString error;
-    const till::TillDataFolder folder(m_data);
-    if (!folder.create(m_emulator->baseUrl().toString(), m_emulator->tokenUrl().toString(), &error))
-        qFatal("%s", qPrintable(error));
+    const till::TillDataFolder &folder = m_service->folder();
     QSettings ini(folder.configFile(), QSettings::IniFormat);
     if (gateway) {
         ini.setValue(QStringLiteral("OrvelGate/tessaro"), true);
-        ini.setValue(QStringLiteral("OrvelGate/appKey"), QStringLiteral("gate-key"));
+        ini.setValue(QStringLiteral("OrvelGate/appKey"), till::emulated::appKey);
         ini.setValue(QStringLiteral("OrvelGate/appSecret"), appSecret);
         ini.setValue(QStringLiteral("OrvelGate/xStage"), QStringLiteral("PreProd"));
     }
@@ -197,10 +197,10 @@ TestTillCheck::Result TestTillCheck::checkTill(const QStringList &extra)
 
 QStringList TestTillCheck::secrets() const
 {
-    QStringList found{authorization.mid(6), appSecret};
-    if (!m_emulator)
+    QStringList found{till::emulated::clientCredentials, appSecret};
+    if (!m_service)
         return found;
-    const auto entries = m_emulator->journal().entries();
+    const auto entries = m_service->emulator().journal().entries();
     for (const JournalEntry &entry : entries) {
         const QByteArray bearer = entry.exchange.header(QByteArrayLiteral("authorization"));
         if (bearer.startsWith("Bearer ") && bearer.size() > 7)
@@ -272,7 +272,7 @@ void TestTillCheck::brokenTillIsNamed_data()
                                           << 2 << "failure" << "gateway signature" << "refused, \"unknown access key\"";
     QTest::newRow("gateway secret mismatch") << true << set(QStringLiteral("OrvelGate/appSecret"), QStringLiteral("gate-secret-4712"))
                                              << 2 << "failure" << "gateway signature" << "refused, \"verify signature failed\"";
-    QTest::newRow("gateway key with a blank") << true << set(QStringLiteral("OrvelGate/appKey"), QStringLiteral("gate-key "))
+    QTest::newRow("gateway key with a blank") << true << set(QStringLiteral("OrvelGate/appKey"), till::emulated::appKey + QLatin1Char(' '))
                                               << 2 << "failure" << "OrvelGate:appKey" << "*** (9 characters): blanks stand around it";
     QTest::newRow("gateway without secret") << true << set(QStringLiteral("OrvelGate/appSecret"), QString())
                                             << 2 << "failure" << "gateway signature" << "requests go unsigned";
@@ -329,8 +329,8 @@ void TestTillCheck::brokenTillIsNamed()
     for (auto it = settings.cbegin(); it != settings.cend(); ++it)
         changes.insert(it.key(), it.value()
                                      .toString()
-                                     .replace(QLatin1String("TOKEN"), m_emulator->tokenUrl().toString())
-                                     .replace(QLatin1String("ROOT"), m_emulator->baseUrl().adjusted(QUrl::RemovePath).toString()));
+                                     .replace(QLatin1String("TOKEN"), m_service->emulator().tokenUrl().toString())
+                                     .replace(QLatin1String("ROOT"), m_service->emulator().baseUrl().adjusted(QUrl::RemovePath).toString()));
     makeTill(changes, gateway);
     const Result result = checkTill();
     QVERIFY2(result.exitCode == exitCode, findings(result.out + result.err).constData());
@@ -430,7 +430,7 @@ void TestTillCheck::unreachablePortIsNamed()
 void TestTillCheck::clockShiftedBeyondTheGatewaysToleranceIsNamed()
 {
     startEmulator(EmulatorSettings::AuthMode::Gateway);
-    m_emulator->clock().advance(20 * 60);
+    m_service->emulator().clock().advance(20 * 60);
     makeTill({}, true);
     const Result result = checkTill();
     QCOMPARE(result.exitCode, 2);
@@ -444,7 +444,7 @@ void TestTillCheck::clockShiftedBeyondTheGatewaysToleranceIsNamed()
 void TestTillCheck::clockShiftedWithoutGatewayIsAWarning()
 {
     startEmulator(EmulatorSettings::AuthMode::Token);
-    m_emulator->clock().advance(-2 * 60);
+    m_service->emulator().clock().advance(-2 * 60);
     makeTill();
     const Result result = checkTill();
     QVERIFY2(result.exitCode == 1, findings(result.out).constData());
@@ -504,7 +504,7 @@ void TestTillCheck::changesNothingAndAsksOnlyToRead()
     QCOMPARE(checkTill().exitCode, 0);
     QCOMPARE(folderState(m_data), before);
     QStringList requests;
-    const auto entries = m_emulator->journal().entries();
+    const auto entries = m_service->emulator().journal().entries();
     for (const JournalEntry &entry : entries)
         requests << QString::fromLatin1(entry.exchange.method) + QLatin1Char(' ') + entry.exchange.path.section(QLatin1Char('/'), 0, 2);
     QCOMPARE(requests, QStringList({QStringLiteral("GET /api"), QStringLiteral("POST /token"), QStringLiteral("GET /api/messages")}));
@@ -565,8 +565,8 @@ void TestTillCheck::apiKeysInAddressesAreMasked()
 {
     QFETCH(QStringList, arguments);
     startEmulator(EmulatorSettings::AuthMode::Token);
-    makeTill({{QStringLiteral("Tessaro/url"), m_emulator->baseUrl().toString() + QStringLiteral("?apikey=ak-81&key=k-82")},
-              {QStringLiteral("Tessaro/tokenUrl"), m_emulator->tokenUrl().toString() + QStringLiteral("?api_key=tk-83")}});
+    makeTill({{QStringLiteral("Tessaro/url"), m_service->emulator().baseUrl().toString() + QStringLiteral("?apikey=ak-81&key=k-82")},
+              {QStringLiteral("Tessaro/tokenUrl"), m_service->emulator().tokenUrl().toString() + QStringLiteral("?api_key=tk-83")}});
 
     const Result result = checkTill(arguments);
 

@@ -1,17 +1,14 @@
 #include "demorunner.h"
 
 #include "cassetterecorder.h"
+#include "emulatedtill.h"
 #include "reportwriter.h"
 #include "scenarioparser.h"
 #include "scenariorunner.h"
-#include "tilldatafolder.h"
-
-#include <emulator/emulator.h>
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QTextStream>
 
@@ -47,20 +44,13 @@ bool DemoRunner::play(const Play &play, const QString &folder, const QString &pl
         *error = parser.error().toString();
         return false;
     }
-    std::optional<tessaro::emulator::EmulatorSettings> settings = tessaro::emulator::EmulatorSettings();
-    if (!play.emulatorSettings.isEmpty()) {
-        settings = tessaro::emulator::EmulatorSettings::fromJson(QJsonDocument::fromJson(play.emulatorSettings).object(), error);
-        if (!settings)
-            return false;
-    }
-    tessaro::emulator::Emulator emulator(*settings);
-    if (emulator.startInThread(0) == 0) {
-        *error = QStringLiteral("the emulator cannot listen on the loopback interface");
+    const std::optional<tessaro::emulator::EmulatorSettings> settings = EmulatedTill::settings(play.emulatorSettings, error);
+    if (!settings)
         return false;
-    }
-    const TillDataFolder till(folder);
-    if (!till.create(emulator.baseUrl().toString(), emulator.tokenUrl().toString(), error))
+    EmulatedTill service(*settings);
+    if (!service.start(folder, error))
         return false;
+    const TillDataFolder &till = service.folder();
 
     ScenarioRunner::Options options;
     options.pluginFolder = pluginFolder;
@@ -75,7 +65,7 @@ bool DemoRunner::play(const Play &play, const QString &folder, const QString &pl
     int recorded = 0;
     for (const ActionRecord &record : std::as_const(report->actions))
         recorded += int(record.requests.size());
-    const int journal = emulator.journal().size();
+    const int journal = service.emulator().journal().size();
     if (journal != recorded)
         report->failures << QStringLiteral("the emulator's journal holds %1 request(s), the till recorded %2").arg(journal).arg(recorded);
     return true;

@@ -1,5 +1,6 @@
 #include "invariantchecker.h"
 
+#include "jsonfile.h"
 #include "till.h"
 
 #include "secrets/secretmask.h"
@@ -9,12 +10,15 @@
 #include <documentsdao.h>
 #include <documentserializer.h>
 #include <emulator/emulator.h>
+#include <emulator/journal.h>
+#include <emulator/journalentry.h>
 #include <session.h>
 #include <singleton.h>
 
 #include <QDir>
-#include <QFile>
 #include <QJsonDocument>
+
+#include <algorithm>
 
 namespace till {
 
@@ -40,7 +44,41 @@ bool usableAnswer(const RequestRecord &request)
         && !request.responseBody.toObject().isEmpty();
 }
 
+/// Whether the plug-in takes \a answer to a till opening as the till open at
+/// the service: a success, or the shift already open. The status text
+/// decides the latter whatever the HTTP status, as it does in the plug-in.
+bool opensTill(int httpStatus, const QJsonObject &answer)
+{
+    const QString status = answer.value(QStringLiteral("status")).toString();
+    return (httpStatus == 200 && !answer.isEmpty()) || status == QLatin1String("The shift is already opened")
+        || status == QLatin1String("The shift is already open");
+}
+
+/// Whether \a data holds one of the invoice numbers in \a given as "invoiceIDRaw", and it without '/' as "invoiceID".
+bool holdsGivenInvoice(const QJsonObject &data, const QSet<QString> &given)
+{
+    const QString raw = data.value(QStringLiteral("invoiceIDRaw")).toString();
+    return !raw.isEmpty() && given.contains(raw) && data.value(QStringLiteral("invoiceID")).toString() == QString(raw).remove(QLatin1Char('/'));
+}
+
+QString compact(const QJsonObject &json)
+{
+    return QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact));
+}
+
+bool hasTillOpenRecord(const QList<StorageItem> &items)
+{
+    return std::any_of(items.cbegin(), items.cend(), [](const StorageItem &item) { return item.getName() == QLatin1String("tillOpen"); });
+}
+
 } // namespace
+
+bool InvariantChecker::answerReceived(const tessaro::emulator::JournalEntry &entry)
+{
+    const bool broken = entry.fault == QLatin1String("truncated-json") || entry.fault == QLatin1String("malformed-json")
+        || entry.fault == QLatin1String("empty-body");
+    return entry.outcome == tessaro::emulator::JournalEntry::Outcome::Answered && !broken;
+}
 
 InvariantChecker::InvariantChecker(tessaro::emulator::Emulator *emulator, int timeoutMs, const QStringList &secrets)
     : m_emulator(emulator)
@@ -162,43 +200,43 @@ void InvariantChecker::checkClose(const ActionRecord &record, Till *till)
     if (*hook == 0) {
         check(data == m_pluginDataBefore, QStringLiteral("refused-close-keeps-data"),
               QStringLiteral("%1: the refused close changed the plug-in data of %2 from %3 to %4")
-                  .arg(record.title, m_documentId, QString::fromUtf8(QJsonDocument(m_pluginDataBefore).toJson(QJsonDocument::Compact)),
-                       QString::fromUtf8(QJsonDocument(data).toJson(QJsonDocument::Compact))));
+                  .arg(record.title, m_documentId, compact(m_pluginDataBefore), compact(data)));
         return;
     }
     if (*hook != 2 || (document->getType() != 2 && document->getType() != 25))
         return;
-    const QString raw = data.value(QStringLiteral("invoiceIDRaw")).toString();
-    bool known = false;
-    for (const auto &note : m_emulator->state().adviceNotes.notes())
-        known = known || (!raw.isEmpty() && note.key4 == raw);
-    QString plain = raw;
-    plain.remove(QLatin1Char('/'));
     const bool stored = data.value(QStringLiteral("adviceNoteResponse")).isObject()
         && !data.value(QStringLiteral("adviceNoteResponse")).toObject().isEmpty();
-    check(known && data.value(QStringLiteral("invoiceID")).toString() == plain && stored, QStringLiteral("close-stores-invoice"),
+    check(holdsGivenInvoice(data, serviceInvoices()) && stored, QStringLiteral("close-stores-invoice"),
           QStringLiteral("%1: the close of %2 went on, but its plug-in data %3 does not hold a Key4 the service gave")
-              .arg(record.title, m_documentId, QString::fromUtf8(QJsonDocument(data).toJson(QJsonDocument::Compact))));
+              .arg(record.title, m_documentId, compact(data)));
 }
 
 void InvariantChecker::checkShiftRecord(const ActionRecord &record)
 {
     for (const RequestRecord &request : record.requests) {
-        if (!endsWith(request, "/till/open") || request.networkError || !request.responseBody.isObject())
-            continue;
-        const QString status = request.responseBody.toObject().value(QStringLiteral("status")).toString();
-        if (usableAnswer(request) || status == QLatin1String("The shift is already opened")
-            || status == QLatin1String("The shift is already open"))
+        if (endsWith(request, "/till/open") && !request.networkError && request.responseBody.isObject()
+            && opensTill(request.httpCode, request.responseBody.toObject()))
             m_tillOpened = true;
     }
-    bool present = false;
     const int shift = Singleton<Session>::instance()->getCurrentShift();
-    for (const StorageItem &item : Singleton<DocumentsDao>::instance()->getStorageItems(shift))
-        present = present || item.getName() == QLatin1String("tillOpen");
+    checkTillOpenRecord(hasTillOpenRecord(Singleton<DocumentsDao>::instance()->getStorageItems(shift)), record.title + QStringLiteral(": "));
+}
+
+void InvariantChecker::checkTillOpenRecord(bool present, const QString &where)
+{
     check(present == m_tillOpened, QStringLiteral("till-open-record"),
-          QStringLiteral("%1: the shift record \"tillOpen\" is %2 although the till was %3 at the service")
-              .arg(record.title, present ? QStringLiteral("there") : QStringLiteral("missing"),
+          QStringLiteral("%1the shift record \"tillOpen\" is %2 although the till was %3 at the service")
+              .arg(where, present ? QStringLiteral("there") : QStringLiteral("missing"),
                    m_tillOpened ? QStringLiteral("opened") : QStringLiteral("never opened")));
+}
+
+QSet<QString> InvariantChecker::serviceInvoices() const
+{
+    QSet<QString> keys;
+    for (const auto &note : m_emulator->state().adviceNotes.notes())
+        keys.insert(note.key4);
+    return keys;
 }
 
 void InvariantChecker::checkMessages(const ActionRecord &record)
@@ -231,12 +269,78 @@ void InvariantChecker::checkLog(const ActionRecord &record, const QStringList &l
 void InvariantChecker::afterRestart(bool started, const QString &error, const QString &documentsDir)
 {
     check(started, QStringLiteral("documents-load-after-kill"), QStringLiteral("the till did not start again: %1").arg(error));
+    checkDocumentsLoad(documentsDir);
+}
+
+void InvariantChecker::afterKill(const QString &documentsDir)
+{
+    checkDocumentsLoad(documentsDir);
+}
+
+void InvariantChecker::checkDocumentsLoad(const QString &documentsDir)
+{
     const QDir dir(documentsDir);
     for (const QString &name : dir.entryList({QStringLiteral("*.json")}, QDir::Files)) {
-        QFile file(dir.filePath(name));
-        const bool read = file.open(QIODevice::ReadOnly);
-        check(read && DocumentSerializer::fromJson(QJsonDocument::fromJson(file.readAll()).object()),
+        QJsonObject json;
+        QString error;
+        check(JsonFile::read(dir.filePath(name), &json, &error) && DocumentSerializer::fromJson(json),
               QStringLiteral("documents-load-after-kill"), QStringLiteral("the document file %1 does not load").arg(name));
+    }
+}
+
+void InvariantChecker::afterKilledRun(const QJsonObject &documents, const QString &databaseFile)
+{
+    QSet<QString> held;
+    for (const QJsonValue &document : documents)
+        held.insert(document.toObject().value(QStringLiteral("pluginData")).toObject().value(QStringLiteral("invoiceIDRaw")).toString());
+    checkKilledRunsNotes(held);
+
+    const QSet<QString> given = serviceInvoices();
+    for (auto it = documents.constBegin(); it != documents.constEnd(); ++it) {
+        const QJsonObject data = it.value().toObject().value(QStringLiteral("pluginData")).toObject();
+        const QString raw = data.value(QStringLiteral("invoiceIDRaw")).toString();
+        if (raw.isEmpty())
+            continue;
+        check(holdsGivenInvoice(data, given), QStringLiteral("close-stores-invoice"),
+              QStringLiteral("%1 holds the invoice %2, which the service never gave").arg(it.key(), raw));
+    }
+
+    for (const tessaro::emulator::JournalEntry &entry : m_emulator->journal().entriesFor(QStringLiteral("/till/open"))) {
+        if (entry.outcome == tessaro::emulator::JournalEntry::Outcome::Answered
+            && opensTill(entry.status, QJsonDocument::fromJson(entry.answer).object()))
+            m_tillOpened = true;
+    }
+    checkTillOpenRecord(hasTillOpenRecord(DocumentsDao(databaseFile).getStorageItems(1)), QString());
+}
+
+void InvariantChecker::checkKilledRunsNotes(const QSet<QString> &heldInvoices)
+{
+    QHash<QString, int> lost;
+    for (const tessaro::emulator::JournalEntry &entry : m_emulator->journal().entriesFor(QStringLiteral("/advicenote"))) {
+        if (!answerReceived(entry))
+            ++lost[compact(entry.exchange.jsonObject())];
+    }
+    // Returns with the same contents send the same body, each once: every
+    // document that holds the answer to one of a body's applications had that
+    // application of its own. Beyond them a body is applied once, plus once
+    // for each answer the till never got.
+    QHash<QString, int> applications;
+    QHash<QString, int> holders;
+    for (const auto &note : m_emulator->state().adviceNotes.notes()) {
+        const QString body = compact(note.body);
+        ++applications[body];
+        if (heldInvoices.contains(note.key4))
+            ++holders[body];
+    }
+    for (auto it = applications.cbegin(); it != applications.cend(); ++it) {
+        // The request the kill cut off was held, not applied, and is not in the finished run's records.
+        const int owned = qMax(1, holders.value(it.key()));
+        check(it.value() <= owned + lost.value(it.key()), QStringLiteral("advice-note-applied-once"),
+              QStringLiteral("an advice note was applied %1 times for %2 return(s) with %3 lost answer(s)")
+                  .arg(it.value())
+                  .arg(owned)
+                  .arg(lost.value(it.key())));
+        m_lostAnswers += qMax(0, it.value() - owned);
     }
 }
 

@@ -9,11 +9,13 @@
 #include <QHash>
 #include <QJsonObject>
 #include <QList>
+#include <QSet>
 #include <QSharedPointer>
 #include <QStringList>
 
 namespace tessaro::emulator {
 class Emulator;
+class JournalEntry;
 }
 
 namespace till {
@@ -28,20 +30,28 @@ class Till;
 ///   its hooks may make, plus a margin;
 /// - a return whose close went on holds its advice note's Key4 as
 ///   "invoiceIDRaw" and, without '/', as "invoiceID", beside the stored
-///   "adviceNoteResponse", and the service has that note;
+///   "adviceNoteResponse", and the service has that note; after a killed
+///   till's session, every return's "invoiceIDRaw" is a Key4 the service gave;
 /// - a close the plug-in refused leaves the document's plug-in data as it was;
 /// - a document's advice note whose answer is stored is never sent again
 ///   unchanged, and a note is applied a second time only after the till never
 ///   received the first answer (a lost answer, counted);
-/// - the shift record "tillOpen" is there exactly when a till opening succeeded;
-/// - every document file loads after every restart;
+/// - after a till process was killed and a new one finished its session, each
+///   advice note body was applied once per return that holds one of its
+///   answers, plus once per answer the till never got (counted);
+/// - the shift record "tillOpen" is there exactly when a till opening succeeded:
+///   the till got an answer the plug-in accepts as the till open at the
+///   service (a success, or the shift already open);
+/// - every document file loads after every restart and after every kill;
 /// - the cashier sees only messages of the system's message table;
 /// - no secret (authorization header, app secret, token) is in a log line,
 ///   except the one line that reports a new token.
 class InvariantChecker
 {
 public:
-    InvariantChecker(tessaro::emulator::Emulator *emulator, int timeoutMs, const QStringList &secrets);
+    /// \a timeoutMs and \a secrets serve the checks after each step; a killed
+    /// till's run is judged without them.
+    explicit InvariantChecker(tessaro::emulator::Emulator *emulator, int timeoutMs = 0, const QStringList &secrets = {});
 
     /// Before each action: notes the open document and its plug-in data.
     void beforeStep(Till *till);
@@ -51,6 +61,14 @@ public:
                    const QStringList &logLines);
     /// After a restart of the till from its data folder.
     void afterRestart(bool started, const QString &error, const QString &documentsDir);
+    /// After a till process was killed, before the next one starts on its documents.
+    void afterKill(const QString &documentsDir);
+    /// After a new till process finished the session of a killed one: \a
+    /// documents are its report's documents (id to snapshot), \a databaseFile
+    /// is the till's store. The killed process's records did not survive it,
+    /// so the journal and state of the emulator tell what the till sent and
+    /// got.
+    void afterKilledRun(const QJsonObject &documents, const QString &databaseFile);
     /// After the last step.
     void atEnd();
     /// A failure found outside the checks (an exception that reached the host).
@@ -69,6 +87,9 @@ public:
     static qint64 bound(int requests, int timeoutMs);
     /// How many requests the hooks of \a type may make at most.
     static int maxRequests(ScenarioAction::Type type);
+    /// Whether the till got the whole answer to the request of \a entry; if
+    /// not, the service may have applied it without the till knowing.
+    static bool answerReceived(const tessaro::emulator::JournalEntry &entry);
 
 private:
     struct NoteHistory
@@ -82,6 +103,11 @@ private:
     void checkAdviceNotes(const ActionRecord &record);
     void checkClose(const ActionRecord &record, Till *till);
     void checkShiftRecord(const ActionRecord &record);
+    void checkTillOpenRecord(bool present, const QString &where);
+    void checkDocumentsLoad(const QString &documentsDir);
+    void checkKilledRunsNotes(const QSet<QString> &heldInvoices);
+    /// Every Key4 the service gave.
+    QSet<QString> serviceInvoices() const;
     void checkMessages(const ActionRecord &record);
     void checkLog(const ActionRecord &record, const QStringList &lines);
     NoteHistory &history(const QJsonObject &body);

@@ -1,26 +1,18 @@
 #include "killedtillrun.h"
 
+#include "emulatedtill.h"
 #include "exitcode.h"
+#include "invariantchecker.h"
 #include "jsonfile.h"
-#include "report.h"
 #include "sessionfile.h"
 #include "sessiongenerator.h"
-#include "sessionrunner.h"
-#include "tilldatafolder.h"
 
 #include <control/eactiontype.h>
-#include <documentsdao.h>
-#include <documentserializer.h>
-#include <emulator/emulator.h>
 #include <emulator/journal.h>
 #include <emulator/journalentry.h>
 
 #include <QDeadlineTimer>
-#include <QDir>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QProcess>
-#include <QTemporaryDir>
 
 #include <algorithm>
 
@@ -29,19 +21,6 @@ namespace till {
 namespace {
 
 constexpr int childMs = 120000;
-
-void violate(SessionOutcome *outcome, const QString &invariant, const QString &detail)
-{
-    outcome->violations << InvariantChecker::Violation{invariant, QStringLiteral("killed till: ") + detail};
-}
-
-int count(SessionOutcome *outcome, bool holds, const QString &invariant, const QString &detail)
-{
-    ++outcome->invariantsChecked;
-    if (!holds)
-        violate(outcome, invariant, detail);
-    return holds ? 1 : 0;
-}
 
 // Whether the service holds one of the till's advice notes without an answer.
 bool holdsAdviceNote(const tessaro::emulator::Journal &journal)
@@ -102,17 +81,30 @@ bool KilledTillRun::run(const SimulatedSession &played, Kill kill, SessionOutcom
         tessaro::emulator::EmulatorSettings::fromJson(SessionFile::emulatorJson(killed), &error);
     if (!settings)
         return false;
-    tessaro::emulator::Emulator emulator(*settings);
-    emulator.clock().setNow(SessionGenerator::epoch());
-    QTemporaryDir dir(SessionRunner::workFolder() + QStringLiteral("/tessaro-killed-XXXXXX"));
-    const TillDataFolder folder(dir.filePath(QStringLiteral("till")));
-    const QString scenarioFile = dir.filePath(QStringLiteral("session.json"));
-    const QString reportFile = dir.filePath(QStringLiteral("report.json"));
-    if (emulator.startInThread(0) == 0 || !SessionRunner::prepareFolder(folder, emulator.baseUrl(), emulator.tokenUrl(), &error)
-        || !JsonFile::write(scenarioFile, SessionFile::scenarioJson(killed, QString()), &error)) {
-        violate(outcome, QStringLiteral("setup"), error);
+    EmulatedTill service(*settings, EmulatedTill::workFolder() + QStringLiteral("/tessaro-killed-XXXXXX"));
+    service.emulator().clock().setNow(SessionGenerator::epoch());
+    InvariantChecker checker(&service.emulator());
+    const bool killedThere = play(killed, kill, &service, &checker, outcome);
+    for (const InvariantChecker::Violation &violation : checker.violations())
+        outcome->violations << InvariantChecker::Violation{violation.invariant, QStringLiteral("killed till: ") + violation.detail};
+    outcome->invariantsChecked += checker.checked();
+    outcome->lostAnswers += checker.lostAnswers();
+    return killedThere;
+}
+
+bool KilledTillRun::play(const SimulatedSession &killed, Kill kill, EmulatedTill *service, InvariantChecker *checker,
+                         SessionOutcome *outcome) const
+{
+    tessaro::emulator::Emulator &emulator = service->emulator();
+    QString error;
+    const bool started = service->start(&error, EmulatedTill::CurrencyTables::Removed);
+    const QString scenarioFile = service->filePath(QStringLiteral("session.json"));
+    const QString reportFile = service->filePath(QStringLiteral("report.json"));
+    if (!started || !JsonFile::write(scenarioFile, SessionFile::scenarioJson(killed, QString()), &error)) {
+        checker->addViolation(QStringLiteral("setup"), error);
         return true;
     }
+    const TillDataFolder &folder = service->folder();
     const QStringList arguments{QStringLiteral("run"), QStringLiteral("--strict-host"), QStringLiteral("--data"), folder.path(),
                                 QStringLiteral("--plugins"), m_pluginFolder, QStringLiteral("--report"), reportFile, scenarioFile};
 
@@ -129,92 +121,25 @@ bool KilledTillRun::run(const SimulatedSession &played, Kill kill, SessionOutcom
     if (!killedThere)
         return false;
     ++outcome->kills;
-
-    const QDir documents(folder.documentsDir());
-    for (const QString &name : documents.entryList({QStringLiteral("*.json")}, QDir::Files)) {
-        QJsonObject json;
-        count(outcome, JsonFile::read(documents.filePath(name), &json, &error) && DocumentSerializer::fromJson(json),
-              QStringLiteral("documents-load-after-kill"), QStringLiteral("the document file %1 does not load").arg(name));
-    }
+    checker->afterKill(folder.documentsDir());
 
     // Finished is done, passed or failed: after a kill an expectation may rightly fail.
     QProcess again;
     again.start(m_program, arguments);
     const bool finished = again.waitForFinished(childMs);
     if (!finished || again.exitStatus() != QProcess::NormalExit || again.exitCode() > exitStatus(ExitCode::Failed)) {
-        violate(outcome, QStringLiteral("no-crash"),
-                QStringLiteral("the till did not finish the session after the kill (exit code %1): %2")
-                    .arg(again.exitCode())
-                    .arg(QString::fromUtf8(again.readAllStandardError().right(500))));
+        checker->addViolation(QStringLiteral("no-crash"),
+                              QStringLiteral("the till did not finish the session after the kill (exit code %1): %2")
+                                  .arg(again.exitCode())
+                                  .arg(QString::fromUtf8(again.readAllStandardError().right(500))));
         return true;
     }
     QJsonObject report;
     if (!JsonFile::read(reportFile, &report, &error)) {
-        violate(outcome, QStringLiteral("setup"), error);
+        checker->addViolation(QStringLiteral("setup"), error);
         return true;
     }
-
-    // Read from the journal: the killed run's records did not survive it.
-    QHash<QString, int> lost;
-    bool tillOpened = false;
-    for (const tessaro::emulator::JournalEntry &entry : emulator.journal().entries()) {
-        const bool broken = entry.fault == QLatin1String("truncated-json") || entry.fault == QLatin1String("malformed-json")
-            || entry.fault == QLatin1String("empty-body");
-        // An answer the till got whole; any other may have been applied without the till knowing.
-        const bool answered = entry.outcome == tessaro::emulator::JournalEntry::Outcome::Answered && !broken;
-        const bool genuine = entry.fault.isEmpty() || entry.fault == QLatin1String("delay");
-        if (entry.exchange.path.endsWith(QLatin1String("/till/open")))
-            tillOpened = tillOpened || (answered && genuine && (entry.status == 200 || entry.status == 409));
-        if (entry.exchange.path.endsWith(QLatin1String("/advicenote")) && !answered)
-            ++lost[QString::fromUtf8(QJsonDocument(entry.exchange.jsonObject()).toJson(QJsonDocument::Compact))];
-    }
-    const QJsonObject states = report.value(QStringLiteral("documents")).toObject();
-    QSet<QString> held;
-    for (const QJsonValue &state : states)
-        held.insert(state.toObject().value(QStringLiteral("pluginData")).toObject().value(QStringLiteral("invoiceIDRaw")).toString());
-    // Returns with the same contents send the same body, each once: every
-    // document that holds the answer to one of a body's applications had that
-    // application of its own. Beyond them a body is applied once, plus once
-    // for each answer the till never got.
-    QHash<QString, int> applications;
-    QHash<QString, int> holders;
-    QSet<QString> keys;
-    for (const auto &note : emulator.state().adviceNotes.notes()) {
-        const QString body = QString::fromUtf8(QJsonDocument(note.body).toJson(QJsonDocument::Compact));
-        ++applications[body];
-        if (held.contains(note.key4))
-            ++holders[body];
-        keys.insert(note.key4);
-    }
-    for (auto it = applications.cbegin(); it != applications.cend(); ++it) {
-        // The request the kill cut off was held, not applied, and is not in the finished run's records.
-        const int owned = qMax(1, holders.value(it.key()));
-        count(outcome, it.value() <= owned + lost.value(it.key()), QStringLiteral("advice-note-applied-once"),
-              QStringLiteral("an advice note was applied %1 times for %2 return(s) with %3 lost answer(s)")
-                  .arg(it.value())
-                  .arg(owned)
-                  .arg(lost.value(it.key())));
-        outcome->lostAnswers += qMax(0, it.value() - owned);
-    }
-
-    for (auto it = states.constBegin(); it != states.constEnd(); ++it) {
-        const QJsonObject state = it.value().toObject();
-        const QJsonObject data = state.value(QStringLiteral("pluginData")).toObject();
-        const QString raw = data.value(QStringLiteral("invoiceIDRaw")).toString();
-        if (raw.isEmpty())
-            continue;
-        QString plain = raw;
-        plain.remove(QLatin1Char('/'));
-        count(outcome, keys.contains(raw) && data.value(QStringLiteral("invoiceID")).toString() == plain,
-              QStringLiteral("close-stores-invoice"), QStringLiteral("%1 holds the invoice %2, which the service never gave").arg(it.key(), raw));
-    }
-
-    bool present = false;
-    for (const StorageItem &item : DocumentsDao(folder.databaseFile()).getStorageItems(1))
-        present = present || item.getName() == QLatin1String("tillOpen");
-    count(outcome, present == tillOpened, QStringLiteral("till-open-record"),
-          QStringLiteral("the shift record \"tillOpen\" is %1 although the till was %2 at the service")
-              .arg(present ? QStringLiteral("there") : QStringLiteral("missing"), tillOpened ? QStringLiteral("opened") : QStringLiteral("never opened")));
+    checker->afterKilledRun(report.value(QStringLiteral("documents")).toObject(), folder.databaseFile());
     outcome->requests += emulator.journal().size();
     if (kill == Kill::HeldAdviceNote)
         outcome->faults[QStringLiteral("hang")] += 1;

@@ -1,5 +1,7 @@
 #include "randomcashier.h"
 
+#include "emulatedtillconstants.h"
+
 namespace till {
 
 RandomCashier::RandomCashier(quint64 seed)
@@ -29,11 +31,12 @@ QString RandomCashier::text(const FormRequest::Field &field)
     if (field.isDate)
         candidates = {QStringLiteral("01.02.2024"), QStringLiteral("31.12.2023"), QStringLiteral("29.02.2024")};
     else if (field.name == QLatin1String("cashCode"))
-        candidates = {QStringLiteral("12"), QStringLiteral("0"), QStringLiteral("9999"), field.value};
+        candidates = {QString::number(emulated::tillNo), QStringLiteral("0"), QStringLiteral("9999"), field.value};
     else if (field.name == QLatin1String("invoiceNumber"))
         candidates = {QStringLiteral("401"), QStringLiteral("0"), QStringLiteral("999999"), field.value};
     else
-        candidates = {QStringLiteral("7"), QString(), QStringLiteral("0007"), field.value};
+        candidates = {QString::number(emulated::storeNo), QString(), QStringLiteral("%1").arg(emulated::storeNo, 4, 10, QLatin1Char('0')),
+                      field.value};
     const QString drawn = candidates.at(std::uniform_int_distribution<int>(0, int(candidates.size()) - 1)(m_random));
     // The form itself refuses a text that fails the field's check.
     return field.check(drawn).isEmpty() ? drawn : field.value;

@@ -1,5 +1,6 @@
 #include "sessionfile.h"
 
+#include "emulatedtillconstants.h"
 #include "jsonfile.h"
 #include "scenarioparser.h"
 
@@ -186,13 +187,13 @@ QJsonObject SessionFile::emulatorJson(const SimulatedSession &session)
         faults << fault.toJson();
     }
     QJsonObject json{{QStringLiteral("auth"), SimulatedSession::authName(session.auth)},
-                     {QStringLiteral("tills"), QJsonArray{QJsonObject{{QStringLiteral("storeNo"), 7},
-                                                                      {QStringLiteral("tillNo"), 12},
+                     {QStringLiteral("tills"), QJsonArray{QJsonObject{{QStringLiteral("storeNo"), emulated::storeNo},
+                                                                      {QStringLiteral("tillNo"), emulated::tillNo},
                                                                       {QStringLiteral("shiftOpen"), session.serviceShiftOpen}}}},
                      {QStringLiteral("faults"), faults}};
     if (session.auth == SimulatedSession::Auth::Gateway)
-        json.insert(QStringLiteral("gateway"), QJsonObject{{QStringLiteral("appKey"), QStringLiteral("gate-key")},
-                                                           {QStringLiteral("appSecret"), QStringLiteral("gate-secret")}});
+        json.insert(QStringLiteral("gateway"), QJsonObject{{QStringLiteral("appKey"), emulated::appKey},
+                                                           {QStringLiteral("appSecret"), emulated::appSecret}});
     return json;
 }
 

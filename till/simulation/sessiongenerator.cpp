@@ -1,5 +1,6 @@
 #include "sessiongenerator.h"
 
+#include "emulatedtillconstants.h"
 
 namespace till {
 
@@ -82,8 +83,8 @@ TillSettings SessionGenerator::till(Random &random, SimulatedSession *session) c
     const bool gateway = session->auth == SimulatedSession::Auth::Gateway;
     settings.config.insert(QStringLiteral("OrvelGate:tessaro"), gateway ? QStringLiteral("true") : QStringLiteral("false"));
     if (gateway) {
-        settings.config.insert(QStringLiteral("OrvelGate:appKey"), QStringLiteral("gate-key"));
-        settings.config.insert(QStringLiteral("OrvelGate:appSecret"), QStringLiteral("gate-secret"));
+        settings.config.insert(QStringLiteral("OrvelGate:appKey"), emulated::appKey);
+        settings.config.insert(QStringLiteral("OrvelGate:appSecret"), emulated::appSecret);
     }
     settings.config.insert(QStringLiteral("TessaroBack.PaymentRoundingAmount:byChange"), chance(random, 0.5) ? QStringLiteral("true") : QStringLiteral("false"));
     // The data folder of a simulated till starts without currency tables: these are all it has.
@@ -118,8 +119,8 @@ DocumentSpec SessionGenerator::document(Random &random, int index) const
     if (chance(random, 0.3))
         described.commonReason = between(random, 1, 3);
     if (described.type == 2 && chance(random, 0.5)) {
-        QVariantMap invoice{{QStringLiteral("cashCode"), QStringLiteral("12")},
-                            {QStringLiteral("storeNumber"), QStringLiteral("7")},
+        QVariantMap invoice{{QStringLiteral("cashCode"), QString::number(emulated::tillNo)},
+                            {QStringLiteral("storeNumber"), QString::number(emulated::storeNo)},
                             {QStringLiteral("invoiceDate"), QStringLiteral("2024-02-01")}};
         if (chance(random, 0.8))
             invoice.insert(QStringLiteral("invoiceNumber"), QString::number(400 + index));

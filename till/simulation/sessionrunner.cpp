@@ -3,6 +3,8 @@
 #include "actionlog.h"
 #include "actionplayer.h"
 #include "cashierscript.h"
+#include "emulatedtill.h"
+#include "emulatedtillconstants.h"
 #include "faultinjectingrestclient.h"
 #include "faultplanner.h"
 #include "invariantchecker.h"
@@ -19,43 +21,14 @@
 #include <emulator/emulator.h>
 #include <mockfactory.h>
 
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFileInfo>
-#include <QSettings>
-#include <QTemporaryDir>
 
 namespace till {
-
-namespace {
-
-constexpr int storeNo = 7;
-constexpr int tillNo = 12;
-
-} // namespace
 
 SessionRunner::SessionRunner(const QString &pluginFolder, const QString &program)
     : m_pluginFolder(pluginFolder)
     , m_program(program)
 {
-}
-
-bool SessionRunner::prepareFolder(const TillDataFolder &folder, const QUrl &service, const QUrl &token, QString *error)
-{
-    if (!folder.create(service.toString(), token.toString(), error))
-        return false;
-    // The simulated till starts without currency tables: the session's settings bring its own.
-    QSettings ini(folder.configFile(), QSettings::IniFormat);
-    ini.remove(QStringLiteral("Tessaro.ForbiddenMixedValuts"));
-    ini.remove(QStringLiteral("TessaroBack.AdditionalBackBySaleValuts"));
-    ini.sync();
-    return ini.status() == QSettings::NoError;
-}
-
-QString SessionRunner::workFolder()
-{
-    const QFileInfo memory(QStringLiteral("/dev/shm"));
-    return memory.isDir() && memory.isWritable() ? memory.filePath() : QDir::tempPath();
 }
 
 tessaro::emulator::EmulatorSettings SessionRunner::emulatorSettings(const SimulatedSession &session)
@@ -71,22 +44,12 @@ tessaro::emulator::EmulatorSettings SessionRunner::emulatorSettings(const Simula
         break;
     case SimulatedSession::Auth::Gateway:
         settings.authMode = EmulatorSettings::AuthMode::Gateway;
-        settings.appKey = QStringLiteral("gate-key");
-        settings.appSecret = QStringLiteral("gate-secret");
+        settings.appKey = emulated::appKey;
+        settings.appSecret = emulated::appSecret;
         break;
     }
-    EmulatorSettings::Till till;
-    till.storeNo = storeNo;
-    till.tillNo = tillNo;
-    till.shiftOpen = session.serviceShiftOpen;
-    settings.tills << till;
+    settings.tills << EmulatedTill::serviceTill(session.serviceShiftOpen);
     return settings;
-}
-
-QStringList SessionRunner::secrets()
-{
-    // The client's credentials as the data folder configures them, and the gateway's secret.
-    return {QStringLiteral("dGlsbDpzZWNyZXQ="), QStringLiteral("gate-secret")};
 }
 
 SessionOutcome SessionRunner::run(const SimulatedSession &session) const
@@ -96,17 +59,17 @@ SessionOutcome SessionRunner::run(const SimulatedSession &session) const
     outcome.played = session;
     const int timeoutMs = session.timeoutSeconds * 1000;
 
-    tessaro::emulator::Emulator emulator(emulatorSettings(session));
+    EmulatedTill service(emulatorSettings(session), EmulatedTill::workFolder() + QStringLiteral("/tessaro-simulate-XXXXXX"));
+    tessaro::emulator::Emulator &emulator = service.emulator();
     emulator.clock().setNow(SessionGenerator::epoch());
-    InvariantChecker checker(&emulator, timeoutMs, secrets());
-    QTemporaryDir dir(workFolder() + QStringLiteral("/tessaro-simulate-XXXXXX"));
-    const TillDataFolder folder(dir.filePath(QStringLiteral("till")));
+    InvariantChecker checker(&emulator, timeoutMs, EmulatedTill::secrets());
     QString error;
-    if (emulator.startInThread(0) == 0 || !prepareFolder(folder, emulator.baseUrl(), emulator.tokenUrl(), &error)) {
+    if (!service.start(&error, EmulatedTill::CurrencyTables::Removed)) {
         checker.addViolation(QStringLiteral("setup"), QStringLiteral("the session could not be set up: %1").arg(error));
         outcome.violations = checker.violations();
         return outcome;
     }
+    const TillDataFolder &folder = service.folder();
 
     RandomCashier drawn(SessionGenerator::sessionSeed(session.seed, 1));
     CashierScript script(session.scenario.answers);

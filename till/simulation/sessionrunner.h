@@ -2,7 +2,6 @@
 
 #include "sessionoutcome.h"
 #include "simulatedsession.h"
-#include "tilldatafolder.h"
 
 #include <emulator/emulatorsettings.h>
 
@@ -27,13 +26,6 @@ public:
     /// The emulator's settings for \a session: its authentication, the
     /// till's shift, and the gateway's key and secret.
     static tessaro::emulator::EmulatorSettings emulatorSettings(const SimulatedSession &session);
-    /// The values no log line may show.
-    static QStringList secrets();
-    /// Creates a simulated till's data folder for the service at \a service.
-    static bool prepareFolder(const TillDataFolder &folder, const QUrl &service, const QUrl &token, QString *error);
-    /// Where the sessions' tills live: in memory when the system offers it,
-    /// since every document save and shift record is synced to disk.
-    static QString workFolder();
 
 private:
     QString m_pluginFolder;

@@ -2,12 +2,13 @@
 
 #include "actionlog.h"
 #include "documentbuilder.h"
+#include "emulatedtill.h"
+#include "emulatedtillconstants.h"
 #include "faultinjectingrestclient.h"
 #include "faultplanner.h"
 #include "logwatch.h"
 #include "randomcashier.h"
 #include "sessiongenerator.h"
-#include "sessionrunner.h"
 #include "simulatedclock.h"
 #include "tilldatafolder.h"
 #include "tilldialog.h"
@@ -23,7 +24,6 @@
 #include <singleton.h>
 
 #include <QJsonArray>
-#include <QTemporaryDir>
 
 #include <random>
 
@@ -48,14 +48,14 @@ void installHost(const TillDataFolder &folder, std::mt19937_64 &random)
     const QString configFile = folder.writeHostConfig({{QStringLiteral("Tessaro:timeout"), QStringLiteral("1")}}, nullptr);
     Singleton<Config>::setInstance(new Config(configFile));
     auto *session = new Session;
-    session->getRegistry().setShopCode(QStringLiteral("7"));
-    session->getRegistry().setCashCode(QStringLiteral("12"));
+    session->getRegistry().setShopCode(QString::number(emulated::storeNo));
+    session->getRegistry().setCashCode(QString::number(emulated::tillNo));
     session->setCurrentUser(QSharedPointer<User>::create(5, QStringLiteral("1005"), QStringLiteral("Иванова А. А.")));
     DocumentSpec sale;
     sale.type = 1;
     sale.card = QStringLiteral("123456789012345678");
     sale.payments << PaymentSpec{1, 150.0, false, {}} << PaymentSpec{2, double(random() % 500), false, {}};
-    const auto document = DocumentBuilder(cardType, QStringLiteral("7")).document(sale, QStringLiteral("cart-sale"), SessionGenerator::epoch());
+    const auto document = DocumentBuilder(cardType, QString::number(emulated::storeNo)).document(sale, QStringLiteral("cart-sale"), SessionGenerator::epoch());
     session->setCurrentDocument(document);
     Singleton<Session>::setInstance(session);
     MockFactory<CurrentTime>::setInstance(QSharedPointer<SimulatedClock>::create());
@@ -77,15 +77,15 @@ SessionOutcome CartSessionRunner::run(quint64 seed, double faultRate) const
     settings.customers.insert(QStringLiteral("67812345678"),
                               QJsonObject{{QStringLiteral("custNo"), 4711}, {QStringLiteral("points"), 150}, {QStringLiteral("allowSale"), 1}});
     settings.invalidCoupons << QStringLiteral("2559999999999");
-    tessaro::emulator::Emulator emulator(settings);
+    EmulatedTill service(settings, EmulatedTill::workFolder() + QStringLiteral("/tessaro-cart-XXXXXX"));
+    tessaro::emulator::Emulator &emulator = service.emulator();
     emulator.clock().setNow(SessionGenerator::epoch());
-    QTemporaryDir dir(SessionRunner::workFolder() + QStringLiteral("/tessaro-cart-XXXXXX"));
-    const TillDataFolder folder(dir.filePath(QStringLiteral("till")));
     QString error;
-    if (emulator.startInThread(0) == 0 || !SessionRunner::prepareFolder(folder, emulator.baseUrl(), emulator.tokenUrl(), &error)) {
+    if (!service.start(&error, EmulatedTill::CurrencyTables::Removed)) {
         violate(QStringLiteral("setup"), error);
         return outcome;
     }
+    const TillDataFolder &folder = service.folder();
     LogWatch logs;
     ActionLog log;
     RandomCashier cashier(SessionGenerator::sessionSeed(seed, 1));
@@ -181,10 +181,7 @@ SessionOutcome CartSessionRunner::run(quint64 seed, double faultRate) const
                 int lost = 0;
                 const QList<tessaro::emulator::JournalEntry> entries = emulator.journal().entries().mid(journalBefore);
                 for (const tessaro::emulator::JournalEntry &entry : entries) {
-                    const bool broken = entry.fault == QLatin1String("truncated-json") || entry.fault == QLatin1String("malformed-json")
-                        || entry.fault == QLatin1String("empty-body");
-                    if (entry.exchange.path.endsWith(QLatin1String("/update"))
-                        && (entry.outcome != tessaro::emulator::JournalEntry::Outcome::Answered || broken))
+                    if (entry.exchange.path.endsWith(QLatin1String("/update")) && !InvariantChecker::answerReceived(entry))
                         ++lost;
                 }
                 const int added = int(cartItems(emulator, uuid).size()) - linesBefore;
