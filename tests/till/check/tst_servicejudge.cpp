@@ -270,4 +270,4 @@ void TestCheckJudges::receiptNumberMaskIsJudged()
 }
 
 QTEST_GUILESS_MAIN(TestCheckJudges)
-#include "tst_checkjudges.moc"
+#include "tst_servicejudge.moc"
