@@ -403,6 +403,8 @@ void TestConfigurationJudge::authorisationIsJudged_data()
                             << Level::Ok << QStringLiteral("Basic %1 (30 characters)").arg(hidden) << "";
     QTest::newRow("header without scheme") << QJsonArray{tokenAuthOn, secret(header, 8)} << header << Level::Ok
                                            << QStringLiteral("%1 (8 characters)").arg(hidden) << "";
+    QTest::newRow("header with a per cent sign") << QJsonArray{tokenAuthOn, secret(header, 30, {{QStringLiteral("scheme"), QStringLiteral("%1x")}})}
+                                                 << header << Level::Ok << QStringLiteral("%1x %2 (30 characters)").arg(QStringLiteral("%1"), hidden) << "";
     QTest::newRow("header empty") << QJsonArray{tokenAuthOn, secret(header, 0)} << header << Level::Failure << "empty"
                                   << "set Tessaro:authorizationHeader to the value the token endpoint expects, e.g. Basic <base64 of id:secret>";
     QTest::newRow("header with blanks") << QJsonArray{tokenAuthOn, secret(header, 31, {{QStringLiteral("blanksAround"), true}})} << header
