@@ -19,3 +19,10 @@ inline QList<till::CheckReport::Item> checkLines(const till::CheckReport &report
     }
     return lines;
 }
+
+/// The one line \a name of \a report; an empty one when there is none or more.
+inline till::CheckReport::Item checkLine(const till::CheckReport &report, const QString &name)
+{
+    const QList<till::CheckReport::Item> lines = checkLines(report, name);
+    return lines.size() == 1 ? lines.first() : till::CheckReport::Item();
+}

@@ -43,8 +43,9 @@ private slots:
     void cutValueIsNamed();
 
 private:
-    /// The one line \a name of \a report.
-    static CheckReport::Item judged(const CheckReport &report, const QString &name);
+    /// A table of the settings changed and the line that one of them gets.
+    static void addLineColumns();
+    static void verifyLine();
 };
 
 namespace {
@@ -99,10 +100,29 @@ const QJsonObject gatewayOn = plain(QStringLiteral("OrvelGate:tessaro"), true, Q
 
 } // namespace
 
-CheckReport::Item TestConfigurationJudge::judged(const CheckReport &report, const QString &name)
+void TestConfigurationJudge::addLineColumns()
 {
-    const QList<CheckReport::Item> lines = checkLines(report, name);
-    return lines.size() == 1 ? lines.first() : CheckReport::Item();
+    QTest::addColumn<QJsonArray>("settings");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<CheckReport::Level>("level");
+    QTest::addColumn<QString>("detail");
+    QTest::addColumn<QString>("hint");
+}
+
+void TestConfigurationJudge::verifyLine()
+{
+    QFETCH(QJsonArray, settings);
+    QFETCH(QString, key);
+    QFETCH(CheckReport::Level, level);
+    QFETCH(QString, detail);
+    QFETCH(QString, hint);
+    CheckReport report;
+    ConfigurationJudge(pluginReport(settings), std::nullopt).judge(&report);
+    const CheckReport::Item line = checkLine(report, key);
+    QCOMPARE(line.name, key);
+    QCOMPARE(CheckReport::levelName(line.level), CheckReport::levelName(level));
+    QCOMPARE(line.detail, detail);
+    QCOMPARE(line.hint, hint);
 }
 
 void TestConfigurationJudge::settingIsJudged_data()
@@ -175,7 +195,7 @@ void TestConfigurationJudge::settingIsJudged()
     QFETCH(QString, doesNotSay);
     CheckReport report;
     ConfigurationJudge(pluginReport({setting}), std::nullopt).judge(&report);
-    const CheckReport::Item line = judged(report, setting.value(QStringLiteral("key")).toString());
+    const CheckReport::Item line = checkLine(report, setting.value(QStringLiteral("key")).toString());
     QCOMPARE(line.name, setting.value(QStringLiteral("key")).toString());
     QCOMPARE(CheckReport::levelName(line.level), CheckReport::levelName(level));
     QVERIFY2(line.detail.contains(says), qPrintable(line.detail.left(300)));
@@ -223,7 +243,7 @@ void TestConfigurationJudge::receiptNumberMaskIsJudged()
     const QJsonArray currencies{QJsonObject{{QStringLiteral("code"), 2}, {QStringLiteral("receiptNumber"), receiptNumber}}};
     CheckReport report;
     ConfigurationJudge(pluginReport({}, {}, currencies), std::nullopt).judge(&report);
-    const CheckReport::Item line = judged(report, QStringLiteral("Tessaro.ReceiptNumber.2:mask"));
+    const CheckReport::Item line = checkLine(report, QStringLiteral("Tessaro.ReceiptNumber.2:mask"));
     QCOMPARE(line.name, QStringLiteral("Tessaro.ReceiptNumber.2:mask"));
     QCOMPARE(CheckReport::levelName(line.level), CheckReport::levelName(level));
     QVERIFY2(line.detail.contains(says), qPrintable(line.detail));
@@ -231,11 +251,7 @@ void TestConfigurationJudge::receiptNumberMaskIsJudged()
 
 void TestConfigurationJudge::addressIsJudged_data()
 {
-    QTest::addColumn<QJsonArray>("settings");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<CheckReport::Level>("level");
-    QTest::addColumn<QString>("detail");
-    QTest::addColumn<QString>("hint");
+    addLineColumns();
 
     using Level = CheckReport::Level;
     const QString url = QStringLiteral("Tessaro:url");
@@ -289,17 +305,7 @@ void TestConfigurationJudge::addressIsJudged_data()
 
 void TestConfigurationJudge::addressIsJudged()
 {
-    QFETCH(QJsonArray, settings);
-    QFETCH(QString, key);
-    QFETCH(CheckReport::Level, level);
-    QFETCH(QString, detail);
-    QFETCH(QString, hint);
-    CheckReport report;
-    ConfigurationJudge(pluginReport(settings), std::nullopt).judge(&report);
-    const CheckReport::Item line = judged(report, key);
-    QCOMPARE(CheckReport::levelName(line.level), CheckReport::levelName(level));
-    QCOMPARE(line.detail, detail);
-    QCOMPARE(line.hint, hint);
+    verifyLine();
 }
 
 void TestConfigurationJudge::timeoutIsJudged_data()
@@ -341,7 +347,7 @@ void TestConfigurationJudge::timeoutIsJudged()
                               {QStringLiteral("transportMs"), transportMs}, {QStringLiteral("longestMs"), 120000}};
     CheckReport report;
     ConfigurationJudge(pluginReport({timeout}), std::nullopt).judge(&report);
-    const CheckReport::Item line = judged(report, key);
+    const CheckReport::Item line = checkLine(report, key);
     QCOMPARE(CheckReport::levelName(line.level), CheckReport::levelName(level));
     QCOMPARE(line.detail, detail);
     QCOMPARE(line.hint, level == CheckReport::Level::Ok ? QString()
@@ -373,11 +379,7 @@ void TestConfigurationJudge::addressIsUsable()
 
 void TestConfigurationJudge::authorisationIsJudged_data()
 {
-    QTest::addColumn<QJsonArray>("settings");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<CheckReport::Level>("level");
-    QTest::addColumn<QString>("detail");
-    QTest::addColumn<QString>("hint");
+    addLineColumns();
 
     using Level = CheckReport::Level;
     const QString useTokenAuth = QStringLiteral("Tessaro:useTokenAuth");
@@ -441,18 +443,7 @@ void TestConfigurationJudge::authorisationIsJudged_data()
 
 void TestConfigurationJudge::authorisationIsJudged()
 {
-    QFETCH(QJsonArray, settings);
-    QFETCH(QString, key);
-    QFETCH(CheckReport::Level, level);
-    QFETCH(QString, detail);
-    QFETCH(QString, hint);
-    CheckReport report;
-    ConfigurationJudge(pluginReport(settings), std::nullopt).judge(&report);
-    const CheckReport::Item line = judged(report, key);
-    QCOMPARE(line.name, key);
-    QCOMPARE(CheckReport::levelName(line.level), CheckReport::levelName(level));
-    QCOMPARE(line.detail, detail);
-    QCOMPARE(line.hint, hint);
+    verifyLine();
 }
 
 void TestConfigurationJudge::sectionIsJudged_data()
@@ -538,10 +529,10 @@ void TestConfigurationJudge::currencyShowsItsSettings()
     ConfigurationJudge(pluginReport({}, {}, {currency}), std::nullopt).judge(&report);
     // A mask left at its default gets no line of its own.
     QVERIFY(checkLines(report, QStringLiteral("Tessaro.ReceiptNumber.4:mask")).isEmpty());
-    const CheckReport::Item removed = judged(report, QStringLiteral("Tessaro.ReceiptNumber.4:symbolsToRemove"));
+    const CheckReport::Item removed = checkLine(report, QStringLiteral("Tessaro.ReceiptNumber.4:symbolsToRemove"));
     QCOMPARE(removed.level, CheckReport::Level::Ok);
     QCOMPARE(removed.detail, QStringLiteral("\"-/\""));
-    const CheckReport::Item fields = judged(report, QStringLiteral("[Tessaro.CustomFields.4]"));
+    const CheckReport::Item fields = checkLine(report, QStringLiteral("[Tessaro.CustomFields.4]"));
     QCOMPARE(fields.level, CheckReport::Level::Ok);
     QCOMPARE(fields.detail, QStringLiteral("bank = \"%card%\"; rrn = \"%rrn%\" without \"0\""));
 }
@@ -563,7 +554,7 @@ void TestConfigurationJudge::cutValueIsNamed()
     QFETCH(QString, name);
     CheckReport report;
     ConfigurationJudge(pluginReport({}), std::nullopt).judgeCuts({{section, key, QStringLiteral("1;2"), QStringLiteral("1")}}, &report);
-    const CheckReport::Item line = judged(report, name);
+    const CheckReport::Item line = checkLine(report, name);
     QCOMPARE(line.level, CheckReport::Level::Failure);
     QCOMPARE(line.detail, QStringLiteral("\"1;2\" is cut at \";\", which starts a comment in the configuration file: the plug-in reads \"1\""));
     QCOMPARE(line.hint, QStringLiteral("separate list items with commas, and put a value that must hold \";\" in double quotes"));

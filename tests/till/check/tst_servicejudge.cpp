@@ -27,10 +27,6 @@ private slots:
     void signatureIsJudged();
     void clockIsJudged_data();
     void clockIsJudged();
-
-private:
-    /// The one line \a name of \a report.
-    static CheckReport::Item line(const CheckReport &report, const QString &name);
 };
 
 namespace {
@@ -68,12 +64,6 @@ QJsonObject token(const QJsonObject &facts)
 }
 
 } // namespace
-
-CheckReport::Item TestServiceJudge::line(const CheckReport &report, const QString &name)
-{
-    const QList<CheckReport::Item> lines = checkLines(report, name);
-    return lines.size() == 1 ? lines.first() : CheckReport::Item();
-}
 
 void TestServiceJudge::tokenIsJudged_data()
 {
@@ -130,7 +120,7 @@ void TestServiceJudge::tokenIsJudged()
     QFETCH(QString, hint);
     CheckReport report;
     ServiceJudge(QJsonObject{{QStringLiteral("token"), token}}, gatewayOn, 900).judgeToken(&report);
-    const CheckReport::Item judged = line(report, QStringLiteral("token endpoint"));
+    const CheckReport::Item judged = checkLine(report, QStringLiteral("token endpoint"));
     QCOMPARE(CheckReport::levelName(judged.level), CheckReport::levelName(level));
     QCOMPARE(judged.detail, detail);
     QCOMPARE(judged.hint, hint);
@@ -196,7 +186,7 @@ void TestServiceJudge::requestIsJudged()
     CheckReport report;
     ServiceJudge(QJsonObject{{QStringLiteral("token"), token}, {QStringLiteral("request"), answer}}, gatewayOn, 900)
         .judgeRequest(&report);
-    const CheckReport::Item judged = line(report, QStringLiteral("service request"));
+    const CheckReport::Item judged = checkLine(report, QStringLiteral("service request"));
     QCOMPARE(CheckReport::levelName(judged.level), CheckReport::levelName(level));
     QVERIFY2(judged.detail.startsWith(path + QStringLiteral(": HTTP ")), qPrintable(judged.detail));
     QVERIFY2(judged.detail.contains(says), qPrintable(judged.detail));
@@ -254,7 +244,7 @@ void TestServiceJudge::requestWithoutAnswerIsJudged()
     const QJsonObject token{{QStringLiteral("used"), tokenUsed}, {QStringLiteral("ok"), tokenUsed}};
     CheckReport report;
     ServiceJudge(QJsonObject{{QStringLiteral("token"), token}, {QStringLiteral("request"), answer}}, false, 900).judgeRequest(&report);
-    const CheckReport::Item judged = line(report, QStringLiteral("service request"));
+    const CheckReport::Item judged = checkLine(report, QStringLiteral("service request"));
     QCOMPARE(CheckReport::levelName(judged.level), CheckReport::levelName(level));
     QCOMPARE(judged.detail, detail);
     QCOMPARE(judged.hint, hint);
@@ -318,7 +308,7 @@ void TestServiceJudge::signatureIsJudged()
     CheckReport report;
     ServiceJudge(QJsonObject{{QStringLiteral("signing"), signing}, {QStringLiteral("request"), answer}}, signing.value(QStringLiteral("on")).toBool(), 900)
         .judgeSignature(&report);
-    const CheckReport::Item judged = line(report, QStringLiteral("gateway signature"));
+    const CheckReport::Item judged = checkLine(report, QStringLiteral("gateway signature"));
     QCOMPARE(CheckReport::levelName(judged.level), CheckReport::levelName(level));
     QCOMPARE(judged.detail, detail);
     QCOMPARE(judged.hint, hint);
@@ -399,7 +389,7 @@ void TestServiceJudge::clockIsJudged()
     outcome.localTime = serviceTime.addMSecs(500 + offsetMs);
     CheckReport report;
     ServiceJudge(QJsonObject(), gatewayOn, tolerance).judgeClock(outcome, &report);
-    const CheckReport::Item judged = line(report, QStringLiteral("clock offset"));
+    const CheckReport::Item judged = checkLine(report, QStringLiteral("clock offset"));
     QCOMPARE(CheckReport::levelName(judged.level), CheckReport::levelName(level));
     QCOMPARE(judged.detail, detail);
     QCOMPARE(judged.hint, hint);
