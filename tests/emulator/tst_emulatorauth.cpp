@@ -233,7 +233,7 @@ void TestEmulatorAuth::revokedTokenIsRefused()
 
 void TestEmulatorAuth::gatewayAcceptsFixedVectors()
 {
-    // Signatures computed with openssl (see tst_gatewayverifier): the service's
+    // Signatures computed with openssl (see tst_emulator_gatewayverifier): the service's
     // own refusals (400, 404) show that the signature passed.
     CurlClient client;
     QUrl post = m_gatewayEmulator->baseUrl();

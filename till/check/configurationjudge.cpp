@@ -28,6 +28,8 @@ QString onOff(bool on)
     return on ? QStringLiteral("on") : QStringLiteral("off");
 }
 
+// A written value goes into a message with all its neighbours in one arg():
+// a later arg() would fill a "%1" in the value instead of its own place.
 QString quoted(const QString &text)
 {
     return QLatin1Char('"') + text + QLatin1Char('"');
@@ -186,7 +188,7 @@ void ConfigurationJudge::judgeAddress(const QString &key, CheckReport *report) c
         report->failure(key, QStringLiteral("%1 characters long: no service takes an address that long (at most %2)").arg(length).arg(longestAddress),
                         hint);
     else if (address.value(QStringLiteral("controlCharacters")).toBool())
-        report->failure(key, QStringLiteral("%1 holds a control character (such as %00): no request can carry it").arg(quoted(text)), hint);
+        report->failure(key, QStringLiteral("%1 holds a control character (such as %2): no request can carry it").arg(quoted(text), QStringLiteral("%00")), hint);
     else if (address.value(QStringLiteral("blanks")).toBool())
         report->failure(key, QStringLiteral("%1 holds a blank, which the plug-in sends as part of the address").arg(quoted(text)),
                         QStringLiteral("remove the blanks from %1").arg(key));
@@ -223,7 +225,7 @@ void ConfigurationJudge::judgeSecret(const QString &key, const QString &shown, b
         report->failure(key, QStringLiteral("empty"), hint);
         return;
     }
-    const QString value = QStringLiteral("%1 (%2 characters)").arg(shown).arg(length);
+    const QString value = QStringLiteral("%1 (%2 characters)").arg(shown, QString::number(length));
     if (secret.value(QStringLiteral("blanksAround")).toBool())
         report->failure(key, value + QStringLiteral(": blanks stand around it, and are sent as part of it"),
                         QStringLiteral("remove the blanks around the value of %1").arg(key));
@@ -285,7 +287,7 @@ void ConfigurationJudge::judgeTimeout(CheckReport *report) const
                                  .arg(cap),
                         hint);
     else if (timeout.value(QStringLiteral("set")).toBool() && !integer)
-        report->warning(key, QStringLiteral("%1 is not a whole number: the plug-in uses %2 s").arg(quoted(text)).arg(seconds), hint);
+        report->warning(key, QStringLiteral("%1 is not a whole number: the plug-in uses %2 s").arg(quoted(text), QString::number(seconds)), hint);
     else if (seconds > 60)
         report->warning(key, QStringLiteral("%1 s: a cashier waits that long for every request that gets no answer").arg(seconds), hint);
     else
@@ -348,14 +350,12 @@ void ConfigurationJudge::judgeCurrency(const QJsonObject &currency, CheckReport 
     const QString hint = QStringLiteral("correct %1: a regular expression whose group (?<result>…) is the part sent").arg(key);
     if (!receipt.value(QStringLiteral("valid")).toBool(true))
         report->failure(key, QStringLiteral("%1 is no regular expression (%2): operation ids of currency %3 go to the service uncut")
-                                 .arg(quoted(mask), receipt.value(QStringLiteral("error")).toString())
-                                 .arg(code),
+                                 .arg(quoted(mask), receipt.value(QStringLiteral("error")).toString(), QString::number(code)),
                         hint);
     else if (!receipt.value(QStringLiteral("resultGroup")).toBool(true))
         report->failure(key, QStringLiteral("%1 has no group named result: every operation id of currency %2 that it matches goes to "
                                             "the service empty")
-                                 .arg(quoted(mask))
-                                 .arg(code),
+                                 .arg(quoted(mask), QString::number(code)),
                         hint);
     else if (receipt.value(QStringLiteral("maskSet")).toBool())
         report->ok(key, mask);

@@ -45,11 +45,12 @@ bool isWrongAddressCode(int code)
     return code == 400 || code == 404 || code == 405;
 }
 
-// A text of absurd length (an address of 100 KB) is shown by its start only.
+// A text of absurd length (an address of 100 KB) is shown by its start only;
+// both go in with one arg(), so that a "%0A" of the address stays as it is.
 QString shortened(const QString &text)
 {
     constexpr qsizetype shown = 160;
-    return text.size() <= shown ? text : QStringLiteral("%1… (%2 characters)").arg(text.left(shown)).arg(text.size());
+    return text.size() <= shown ? text : QStringLiteral("%1… (%2 characters)").arg(text.left(shown), QString::number(text.size()));
 }
 
 // A refusal in the gateway's words while the plug-in goes to the service without it.
@@ -238,12 +239,13 @@ void ServiceJudge::judgeClock(const NetworkProbe::Outcome &service, CheckReport 
     const QString detail = offset == 0 ? QStringLiteral("the till's clock agrees with the service's to the second")
                                        : QStringLiteral("the till's clock is %1 %2 the service's")
                                              .arg(duration(offset), offset < 0 ? QStringLiteral("behind") : QStringLiteral("ahead of"));
-    if (qAbs(offset) <= 60) {
-        report->ok(name, detail);
-    } else if (m_gatewayOn && qAbs(offset) > m_toleranceSeconds) {
+    // The gateway's tolerance may be shorter than a minute.
+    if (m_gatewayOn && qAbs(offset) > m_toleranceSeconds) {
         report->failure(name, QStringLiteral("%1, beyond the gateway's tolerance of %2: every request is refused and the cashier sees \"%3\"")
                                   .arg(detail, duration(m_toleranceSeconds), clockMessage()),
                         hint);
+    } else if (qAbs(offset) <= 60) {
+        report->ok(name, detail);
     } else {
         report->warning(name, detail + QStringLiteral(", more than a minute"), hint);
     }
