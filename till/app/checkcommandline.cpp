@@ -38,8 +38,8 @@ ExitCode CheckCommandLine::exec(const QStringList &arguments)
     options.clockToleranceSeconds = parser.value(tolerance).toInt(&toleranceRead);
     if (!parser.positionalArguments().isEmpty() || (parser.isSet(data) && parser.isSet(config)) || !toleranceRead
         || (parser.isSet(dictionaries) && !parser.isSet(config))) {
-        CommandLine::usage(QStringLiteral("check takes --data DIR or --config FILE (with --dictionaries FILE), and a whole number of seconds for --clock-tolerance"));
-        return ExitCode::BadInput;
+        return CommandLine::usage(
+            QStringLiteral("check takes --data DIR or --config FILE (with --dictionaries FILE), and a whole number of seconds for --clock-tolerance"));
     }
     options.dataFolder = parser.isSet(config) ? QString() : parser.value(data);
     options.configFile = parser.value(config);

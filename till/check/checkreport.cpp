@@ -53,9 +53,7 @@ int CheckReport::count(Level level) const
 
 ExitCode CheckReport::exitCode() const
 {
-    if (count(Level::Failure) > 0)
-        return ExitCode::BadInput;
-    return count(Level::Warning) > 0 ? ExitCode::Failed : ExitCode::Passed;
+    return verdictExitCode(count(Level::Warning), count(Level::Failure));
 }
 
 QString CheckReport::levelName(Level level)
