@@ -47,7 +47,8 @@ ExitCode CommandLine::usage(const QString &problem)
 {
     if (!problem.isEmpty())
         err() << QStringLiteral("tessaro-till: ") << problem << Qt::endl;
-    err() << QStringLiteral("usage: tessaro-till %1 [options]; tessaro-till COMMAND --help for more").arg(TillApplication::commandNames().join(QLatin1Char('|')))
+    err() << QStringLiteral("usage: tessaro-till %1 [options]; tessaro-till COMMAND --help for more")
+                 .arg(TillApplication::commandNames().join(QLatin1Char('|')))
           << Qt::endl;
     return ExitCode::BadInput;
 }

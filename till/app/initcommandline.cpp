@@ -32,8 +32,8 @@ ExitCode InitCommandLine::exec(const QStringList &arguments)
         return ExitCode::CannotRun;
     }
     CommandLine::out() << QStringLiteral("Created a till in %1 (service %2); its settings are in %3")
-                 .arg(folder.path(), SecretMask().url(QUrl(parser.value(url))), folder.configFile())
-          << Qt::endl;
+                              .arg(folder.path(), SecretMask().url(QUrl(parser.value(url))), folder.configFile())
+                       << Qt::endl;
     return ExitCode::Passed;
 }
 

@@ -28,8 +28,9 @@ ExitCode VersionCommandLine::exec(const QStringList &arguments)
         return ExitCode::Passed;
     }
     const QString version = PluginHost::versionOf(file);
-    CommandLine::out() << QStringLiteral("plug-in %1: %2").arg(file, version.isEmpty() ? QStringLiteral("no version mark in it") : QStringLiteral("TessaroBack ") + version)
-          << Qt::endl;
+    CommandLine::out() << QStringLiteral("plug-in %1: %2")
+                              .arg(file, version.isEmpty() ? QStringLiteral("no version mark in it") : QStringLiteral("TessaroBack ") + version)
+                       << Qt::endl;
     return ExitCode::Passed;
 }
 
