@@ -122,10 +122,8 @@ ExitCode RunCommandLine::exec(const QStringList &arguments)
         options.killAfterHook = control::EActionType(parser.value(killAfterHook).toInt());
     if (parser.isSet(record))
         options.recorder = &recorder;
-    if (!parser.isSet(inProcess) && !cassette) {
-        const QStringList command = arguments;
-        options.restartProcess = [command] { replaceProcess(command); };
-    }
+    if (!parser.isSet(inProcess) && !cassette)
+        options.restartProcess = [arguments] { replaceProcess(arguments); };
     options.onRecord = [](const ActionRecord &record, int count) { CommandLine::out() << ReportWriter::progressLine(record, count) << Qt::endl; };
 
     ScenarioRunner runner(folder, *scenario, content, file);
