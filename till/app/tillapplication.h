@@ -2,45 +2,43 @@
 
 #include "exitcode.h"
 
+#include <QLatin1String>
+#include <QList>
 #include <QStringList>
-
-#include <optional>
-
-class QCommandLineParser;
 
 namespace till {
 
-/// The tessaro-till command: init, run, shell, demo, check, simulate and
-/// contract, each with --help; every one says how it went by an ExitCode.
+/// The tessaro-till command: finds the subcommand (init, run, shell, demo,
+/// check, simulate, contract, --version) in its table and hands it the
+/// command line; every one answers --help and says how it went by an ExitCode.
 class TillApplication
 {
 public:
+    /// One subcommand: what calls it, what --help shows of it, and what runs it.
+    struct Command
+    {
+        QLatin1String name;
+        /// The command with its main options, as the help lists it.
+        QLatin1String synopsis;
+        /// What it does, in a few words.
+        QLatin1String summary;
+        /// Runs it on the process's command line (the command second).
+        ExitCode (*exec)(const QStringList &arguments);
+    };
+
     /// \a arguments as the process got them (program name first).
     explicit TillApplication(const QStringList &arguments);
 
     ExitCode exec();
 
-    /// Where the plug-in is looked for without --plugins: $TESSARO_PLUGIN_DIR,
-    /// else the build's plug-in folder when it holds the plug-in, else the
-    /// plug-in folder of the installed tools (next to the program's own folder).
-    static QString defaultPluginFolder();
+    /// Every subcommand, in the order the help lists them.
+    static const QList<Command> &commands();
+    /// The subcommands' names, --version left out, for the usage line.
+    static QStringList commandNames();
+    /// The overview tessaro-till --help prints.
+    static QString help();
 
 private:
-    ExitCode init(const QStringList &arguments);
-    ExitCode run(const QStringList &arguments);
-    ExitCode shell(const QStringList &arguments);
-    ExitCode demo(const QStringList &arguments);
-    ExitCode simulate(const QStringList &arguments);
-    ExitCode check(const QStringList &arguments);
-    ExitCode contract(const QStringList &arguments);
-    /// The tool's version and, read from its metadata without loading it, the plug-in's.
-    ExitCode version(const QStringList &arguments);
-    ExitCode usage(const QString &problem) const;
-
-    /// Parses \a arguments; returns nothing to go on, or the exit code (after --help or an error).
-    static std::optional<ExitCode> parse(QCommandLineParser *parser, const QStringList &arguments, const QString &description);
-    static void quietenLogs(bool verbose);
-
     QStringList m_arguments;
 };
 

@@ -1,5 +1,7 @@
 #include "checkreport.h"
 
+#include "reportwords.h"
+
 #include "secrets/linesanitizer.h"
 #include "secrets/secretmask.h"
 
@@ -12,11 +14,6 @@ namespace till {
 namespace {
 
 constexpr qsizetype levelWidth = 9;
-
-QString countOf(int count, const QString &one, const QString &many)
-{
-    return QStringLiteral("%1 %2").arg(count).arg(count == 1 ? one : many);
-}
 
 } // namespace
 
@@ -56,9 +53,7 @@ int CheckReport::count(Level level) const
 
 ExitCode CheckReport::exitCode() const
 {
-    if (count(Level::Failure) > 0)
-        return ExitCode::BadInput;
-    return count(Level::Warning) > 0 ? ExitCode::Failed : ExitCode::Passed;
+    return verdictExitCode(count(Level::Warning), count(Level::Failure));
 }
 
 QString CheckReport::levelName(Level level)
@@ -83,11 +78,10 @@ QString CheckReport::summary() const
         verdict = QStringLiteral("the till will fail until the failures are fixed");
     else if (warnings > 0)
         verdict = QStringLiteral("the till works; look at the warnings");
-    return QStringLiteral("Summary: %1, %2, %3: %4 (exit code %5)")
-        .arg(countOf(count(Level::Ok), QStringLiteral("ok"), QStringLiteral("ok")),
-             countOf(warnings, QStringLiteral("warning"), QStringLiteral("warnings")),
-             countOf(failures, QStringLiteral("failure"), QStringLiteral("failures")), verdict)
-        .arg(exitStatus(exitCode()));
+    const QString tally = ReportWords::tally({ReportWords::count(count(Level::Ok), QStringLiteral("ok")),
+                                              ReportWords::count(warnings, QStringLiteral("warning"), QStringLiteral("warnings")),
+                                              ReportWords::count(failures, QStringLiteral("failure"), QStringLiteral("failures"))});
+    return QStringLiteral("Summary: %1: %2 %3").arg(tally, verdict, ReportWords::exitCode(exitCode()));
 }
 
 QString CheckReport::text() const

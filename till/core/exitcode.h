@@ -21,6 +21,16 @@ enum class ExitCode {
     CannotRun = 3,
 };
 
+/// The exit code of a verdict with \a warnings and \a failures, as the check
+/// gives it: Passed when everything held, Failed with warnings only, BadInput
+/// with a failure, since what the till was given does not let it work.
+constexpr ExitCode verdictExitCode(int warnings, int failures)
+{
+    if (failures > 0)
+        return ExitCode::BadInput;
+    return warnings > 0 ? ExitCode::Failed : ExitCode::Passed;
+}
+
 /// The process exit status for \a code.
 constexpr int exitStatus(ExitCode code)
 {

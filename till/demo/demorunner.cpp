@@ -2,6 +2,7 @@
 
 #include "cassetterecorder.h"
 #include "emulatedtill.h"
+#include "reportwords.h"
 #include "reportwriter.h"
 #include "scenarioparser.h"
 #include "scenariorunner.h"
@@ -98,7 +99,7 @@ ExitCode DemoRunner::run(const QString &pluginFolder, const QString &keepFolder)
                                           [this](const ActionRecord &record, int count) {
                                               *m_out << QStringLiteral("  ") << ReportWriter::progressLine(record, count) << Qt::endl;
                                               for (const QString &failure : record.failures)
-                                                  *m_out << QStringLiteral("      FAILED  ") << failure << Qt::endl;
+                                                  *m_out << QStringLiteral("      ") << ReportWords::failure(failure) << Qt::endl;
                                           },
                                           recording ? &recorder : nullptr);
         if (ran && recording) {
@@ -109,17 +110,18 @@ ExitCode DemoRunner::run(const QString &pluginFolder, const QString &keepFolder)
         }
         const QStringList failures = ran ? report.failures : QStringList{error};
         for (const QString &failure : failures)
-            *m_out << QStringLiteral("  FAILED  ") << failure << Qt::endl;
+            *m_out << QStringLiteral("  ") << ReportWords::failure(failure) << Qt::endl;
         allRan = allRan && ran;
         const bool ok = ran && report.passed();
         passed += ok ? 1 : 0;
-        summary << QStringLiteral("  %1  %2 — %3").arg(ok ? QStringLiteral("passed") : QStringLiteral("FAILED"), play.name,
+        summary << QStringLiteral("  %1  %2 — %3").arg(ReportWords::verdict(ok), play.name,
                                                         ran ? report.scenario : error);
     }
     *m_out << Qt::endl << QStringLiteral("Summary:") << Qt::endl << summary.join(QLatin1Char('\n')) << Qt::endl;
     if (!keepFolder.isEmpty())
         *m_out << QStringLiteral("The tills are kept in %1; tessaro-till shell --data <folder> opens one.").arg(base.path()) << Qt::endl;
-    *m_out << QStringLiteral("%1 passed, %2 failed").arg(passed).arg(plays.size() - passed) << Qt::endl;
+    *m_out << ReportWords::tally({ReportWords::count(passed, QStringLiteral("passed")), ReportWords::count(plays.size() - passed, QStringLiteral("failed"))})
+           << Qt::endl;
     if (!allRan)
         return ExitCode::CannotRun;
     return passed == plays.size() ? ExitCode::Passed : ExitCode::Failed;

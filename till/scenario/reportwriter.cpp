@@ -2,6 +2,7 @@
 
 #include "jsonfile.h"
 #include "jsontext.h"
+#include "reportwords.h"
 
 #include "secrets/secretmask.h"
 
@@ -76,13 +77,13 @@ QString ReportWriter::progressLine(const ActionRecord &record, int actionCount)
         line += QStringLiteral(" → %1").arg(*record.result);
     QStringList counts;
     if (!record.dialogs.isEmpty())
-        counts << QStringLiteral("%1 dialog(s)").arg(record.dialogs.size());
+        counts << ReportWords::count(record.dialogs.size(), QStringLiteral("dialog(s)"));
     if (!record.requests.isEmpty())
-        counts << QStringLiteral("%1 request(s)").arg(record.requests.size());
+        counts << ReportWords::count(record.requests.size(), QStringLiteral("request(s)"));
     if (!counts.isEmpty())
-        line += QStringLiteral("  (%1)").arg(counts.join(QStringLiteral(", ")));
+        line += QStringLiteral("  (%1)").arg(ReportWords::tally(counts));
     if (!record.failures.isEmpty())
-        line += QStringLiteral("  FAILED");
+        line += QStringLiteral("  ") + ReportWords::verdict(false);
     return line;
 }
 
@@ -113,7 +114,7 @@ QString ReportWriter::details(const ActionRecord &record)
     for (const QString &note : record.notes)
         lines << QStringLiteral("    note    %1").arg(shown(note));
     for (const QString &failure : record.failures)
-        lines << QStringLiteral("    FAILED  %1").arg(shown(failure));
+        lines << QStringLiteral("    ") + ReportWords::failure(shown(failure));
     return lines.join(QLatin1Char('\n'));
 }
 
@@ -172,9 +173,9 @@ QString ReportWriter::text(const Report &report)
         lines << document(it.key(), it.value());
     const QStringList failures = report.allFailures();
     if (failures.isEmpty()) {
-        lines << QStringLiteral("Result: passed");
+        lines << QStringLiteral("Result: ") + ReportWords::verdict(true);
     } else {
-        lines << QStringLiteral("Result: FAILED, %1 failure(s):").arg(failures.size());
+        lines << QStringLiteral("Result: %1, %2:").arg(ReportWords::verdict(false), ReportWords::count(failures.size(), QStringLiteral("failure(s)")));
         for (const QString &failure : failures)
             lines << QStringLiteral("  - %1").arg(shown(failure));
     }

@@ -4,19 +4,15 @@
 #include "sessionoutcome.h"
 #include "sessionrunner.h"
 #include "sessionshrinker.h"
+#include "simulationworkerpool.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
-#include <QEventLoop>
 #include <QJsonDocument>
-#include <QProcess>
 #include <QTextStream>
 #include <QThread>
-#include <QTimer>
 
 #include <limits>
-#include <memory>
-#include <vector>
 
 namespace till {
 
@@ -38,13 +34,6 @@ QJsonObject failureJson(const SimulationReport::Failure &failure)
             {QStringLiteral("scenario"), failure.scenario}};
 }
 
-SimulationReport::Failure failureFromJson(const QJsonObject &json)
-{
-    return {quint64(json.value(QStringLiteral("seed")).toDouble()), json.value(QStringLiteral("invariant")).toString(),
-            json.value(QStringLiteral("detail")).toString(), json.value(QStringLiteral("replay")).toString(),
-            json.value(QStringLiteral("scenario")).toString()};
-}
-
 SimulationCommand::Player &player()
 {
     static SimulationCommand::Player player;
@@ -52,15 +41,6 @@ SimulationCommand::Player &player()
 }
 
 } // namespace
-
-/// One worker process and the session it is in the middle of.
-struct SimulationCommand::Worker
-{
-    QProcess process;
-    QByteArray buffer;
-    std::optional<int> running;
-    quint64 runningSeed = 0;
-};
 
 int SimulationCommand::mostJobs()
 {
@@ -203,94 +183,14 @@ ExitCode SimulationCommand::run()
     SimulationReport report(m_options.seed);
     QElapsedTimer clock;
     clock.start();
-    QEventLoop loop;
-    int alive = 0;
-    std::vector<std::unique_ptr<Worker>> workers;
-    const int stride = qMax(1, m_options.jobs);
-
-    std::function<void(Worker *, int)> start = [&](Worker *worker, int first) {
-        worker->buffer.clear();
-        worker->running.reset();
-        worker->process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        worker->process.start(m_options.program, workerArguments(first, stride, deadline));
-        ++alive;
-    };
-    const auto readLines = [&](Worker *worker) {
-        worker->buffer += worker->process.readAllStandardOutput();
-        qsizetype end;
-        while ((end = worker->buffer.indexOf('\n')) >= 0) {
-            const QJsonObject line = QJsonDocument::fromJson(worker->buffer.left(end)).object();
-            worker->buffer.remove(0, end + 1);
-            if (line.contains(QStringLiteral("begin"))) {
-                worker->running = line.value(QStringLiteral("begin")).toInt();
-                worker->runningSeed = quint64(line.value(QStringLiteral("seed")).toDouble());
-                continue;
-            }
-            if (!line.contains(QStringLiteral("index")))
-                continue;
-            worker->running.reset();
-            report.add(SessionOutcome::fromJson(line));
-            if (line.contains(QStringLiteral("failure"))) {
-                const SimulationReport::Failure failure = failureFromJson(line.value(QStringLiteral("failure")).toObject());
-                report.addFailure(failure);
-                *m_err << QStringLiteral("simulate: session %1 FAILED: %2: %3\n  replay: %4\n  scenario: %5")
-                              .arg(failure.seed)
-                              .arg(failure.invariant, failure.detail, failure.replay, failure.scenario)
-                       << Qt::endl;
-            }
-        }
-    };
-    for (int job = 0; job < stride; ++job) {
-        workers.push_back(std::make_unique<Worker>());
-        Worker *worker = workers.back().get();
-        QObject::connect(&worker->process, &QProcess::readyReadStandardOutput, &loop, [&, worker] { readLines(worker); });
-        QObject::connect(&worker->process, &QProcess::finished, &loop, [&, worker](int exitCode, QProcess::ExitStatus status) {
-            readLines(worker);
-            --alive;
-            if (worker->running) {
-                // The worker died inside a session: a crash or a sanitizer's report.
-                SessionOutcome crashed;
-                crashed.seed = worker->runningSeed;
-                const QString detail = status == QProcess::CrashExit ? QStringLiteral("the till process crashed")
-                                                                     : QStringLiteral("the till process ended with exit code %1").arg(exitCode);
-                crashed.violations << InvariantChecker::Violation{QStringLiteral("no-crash"), detail};
-                report.add(crashed);
-                report.addFailure({crashed.seed, QStringLiteral("no-crash"), detail, replayCommand(crashed.seed), QString()});
-                *m_err << QStringLiteral("simulate: session %1 FAILED: %2\n  replay: %3").arg(crashed.seed).arg(detail, replayCommand(crashed.seed))
-                       << Qt::endl;
-                const int next = *worker->running + stride;
-                const bool timeLeft = deadline == 0 || QDateTime::currentMSecsSinceEpoch() < deadline;
-                if (next < total && timeLeft) {
-                    start(worker, next);
-                    return;
-                }
-            } else if (status == QProcess::CrashExit || exitCode != exitStatus(ExitCode::Passed)) {
-                // Between sessions: a sanitizer's report at exit (leaks), or a worker that could not run.
-                const QString detail = QStringLiteral("a worker ended with %1 after its sessions")
-                                           .arg(status == QProcess::CrashExit ? QStringLiteral("a crash") : QStringLiteral("exit code %1").arg(exitCode));
-                report.addWorkerFailure({0, QStringLiteral("no-sanitizer-report"), detail, QString(), QString()});
-                *m_err << QStringLiteral("simulate: FAILED: ") << detail << Qt::endl;
-            }
-            if (alive == 0)
-                loop.quit();
-        });
-        QObject::connect(&worker->process, &QProcess::errorOccurred, &loop, [&](QProcess::ProcessError error) {
-            if (error != QProcess::FailedToStart)
-                return;
-            report.addWorkerFailure({0, QStringLiteral("setup"), QStringLiteral("a worker could not start: %1").arg(m_options.program), QString(), QString()});
-            if (--alive == 0)
-                loop.quit();
-        });
-        start(worker, job);
-    }
-    QTimer progress;
-    QObject::connect(&progress, &QTimer::timeout, &loop, [&] {
-        report.setElapsedMs(clock.elapsed());
-        *m_err << report.progressLine() << Qt::endl;
-    });
-    progress.start(2000);
-    if (alive > 0)
-        loop.exec();
+    SimulationWorkerPool::Setup workers;
+    workers.program = m_options.program;
+    workers.jobs = qMax(1, m_options.jobs);
+    workers.total = total;
+    workers.deadline = deadline;
+    workers.arguments = [this, stride = workers.jobs, deadline](int first) { return workerArguments(first, stride, deadline); };
+    workers.replayCommand = [this](quint64 seed) { return replayCommand(seed); };
+    SimulationWorkerPool(workers, &report, m_err).run(clock);
     report.setElapsedMs(clock.elapsed());
     if (m_options.json)
         *m_out << QJsonDocument(report.toJson()).toJson(QJsonDocument::Compact) << Qt::endl;

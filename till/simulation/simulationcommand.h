@@ -69,8 +69,6 @@ public:
     QString replayCommand(quint64 seed) const;
 
 private:
-    struct Worker;
-
     /// Shrinks a failing session and writes it; returns the failure for the report.
     SimulationReport::Failure settle(const SessionOutcome &outcome) const;
     SessionOutcome play(quint64 seed) const;

@@ -1,5 +1,7 @@
 #include "simulationreport.h"
 
+#include "reportwords.h"
+
 #include <QJsonArray>
 
 namespace till {
@@ -40,14 +42,12 @@ double SimulationReport::sessionsPerMinute() const
 
 QString SimulationReport::progressLine() const
 {
-    return QStringLiteral("simulate: %1 sessions, %2 steps, %3 requests, %4 kills, %5 violations, %6 lost answers, %7 sessions/min")
-        .arg(m_sessions)
-        .arg(m_steps)
-        .arg(m_requests)
-        .arg(m_kills)
-        .arg(m_violations)
-        .arg(m_lostAnswers)
-        .arg(qRound(sessionsPerMinute()));
+    return QStringLiteral("simulate: ")
+        + ReportWords::tally({ReportWords::count(m_sessions, QStringLiteral("sessions")), ReportWords::count(m_steps, QStringLiteral("steps")),
+                              ReportWords::count(m_requests, QStringLiteral("requests")), ReportWords::count(m_kills, QStringLiteral("kills")),
+                              ReportWords::count(m_violations, QStringLiteral("violations")),
+                              ReportWords::count(m_lostAnswers, QStringLiteral("lost answers")),
+                              ReportWords::count(qRound(sessionsPerMinute()), QStringLiteral("sessions/min"))});
 }
 
 QString SimulationReport::text() const
@@ -65,7 +65,10 @@ QString SimulationReport::text() const
     text += QStringLiteral("lost answers        %1\n").arg(m_lostAnswers);
     text += QStringLiteral("sessions per minute %1\n").arg(qRound(sessionsPerMinute()));
     for (const Failure &failure : m_failures) {
-        text += QStringLiteral("\nFAILED session %1: %2: %3\n  replay:   %4\n").arg(failure.seed).arg(failure.invariant, failure.detail, failure.replay);
+        text += QStringLiteral("\n%1 session %2: %3: %4\n  replay:   %5\n")
+                    .arg(ReportWords::verdict(false))
+                    .arg(failure.seed)
+                    .arg(failure.invariant, failure.detail, failure.replay);
         if (!failure.scenario.isEmpty())
             text += QStringLiteral("  scenario: %1\n").arg(failure.scenario);
     }

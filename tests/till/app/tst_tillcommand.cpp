@@ -9,6 +9,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -24,6 +26,7 @@ private slots:
     void init();
     void everyCommandHasHelp_data();
     void everyCommandHasHelp();
+    void overviewListsEveryCommandInOneColumn();
     void everyCommandSaysByOneSetOfExitCodes_data();
     void everyCommandSaysByOneSetOfExitCodes();
     void initCreatesATillOnce();
@@ -117,6 +120,8 @@ void TestTillCommand::everyCommandHasHelp_data()
     QTest::newRow("demo") << QStringLiteral("demo") << QStringLiteral("bundled scenarios");
     QTest::newRow("check") << QStringLiteral("check") << QStringLiteral("--json");
     QTest::newRow("contract") << QStringLiteral("contract") << QStringLiteral("--allow-writes");
+    QTest::newRow("simulate") << QStringLiteral("simulate") << QStringLiteral("--kill-rate");
+    QTest::newRow("version") << QStringLiteral("--version") << QStringLiteral("--plugins");
 }
 
 void TestTillCommand::everyCommandHasHelp()
@@ -129,6 +134,25 @@ void TestTillCommand::everyCommandHasHelp()
     QVERIFY(result.out.contains(QStringLiteral("--help")));
     QCOMPARE(till({QStringLiteral("--help")}).exitCode, 0);
     QCOMPARE(till({QStringLiteral("dance")}).exitCode, 2);
+}
+
+void TestTillCommand::overviewListsEveryCommandInOneColumn()
+{
+    const Result result = till({QStringLiteral("--help")});
+    QCOMPARE(result.exitCode, 0);
+    // "  tessaro-till COMMAND [OPTIONS]   what it does": where "what it does" starts.
+    const QRegularExpression entry(QStringLiteral("^  tessaro-till (\\S+)(?:.*?\\S)?  +(\\S)"));
+    QStringList commands;
+    QSet<qsizetype> columns;
+    for (const QString &line : result.out.split(QLatin1Char('\n'))) {
+        const QRegularExpressionMatch match = entry.match(line);
+        if (!match.hasMatch())
+            continue;
+        commands << match.captured(1);
+        columns << match.capturedStart(2);
+    }
+    QCOMPARE(commands, (QStringList{"init", "run", "shell", "demo", "check", "simulate", "contract", "--version"}));
+    QCOMPARE(columns.size(), 1);
 }
 
 void TestTillCommand::everyCommandSaysByOneSetOfExitCodes_data()
