@@ -134,7 +134,7 @@ bool TestActionPlayer::load(const QByteArray &action)
     for (const control::EActionType type : hostActionTypes) {
         m_till->plugin().plugin()->addTrigger(ActionTrigger(EContext::Any, type, ActionTrigger::Before,
                                                             [](const control::Action &) { return EContext::Continue; },
-                                                            ActionTrigger::Result(0), ActionTrigger::Priority(9)));
+                                                            ActionTrigger::Result(0), ActionTrigger::Low));
     }
     return true;
 }
