@@ -306,8 +306,7 @@ void InvariantChecker::afterKilledRun(const QJsonObject &documents, const QStrin
     }
 
     for (const tessaro::emulator::JournalEntry &entry : m_emulator->journal().entriesFor(QStringLiteral("/till/open"))) {
-        if (entry.outcome == tessaro::emulator::JournalEntry::Outcome::Answered
-            && opensTill(entry.status, QJsonDocument::fromJson(entry.answer).object()))
+        if (answerReceived(entry) && opensTill(entry.status, QJsonDocument::fromJson(entry.answer).object()))
             m_tillOpened = true;
     }
     checkTillOpenRecord(hasTillOpenRecord(DocumentsDao(databaseFile).getStorageItems(1)), QString());
