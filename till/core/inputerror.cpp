@@ -1,5 +1,7 @@
 #include "inputerror.h"
 
+#include "secrets/linesanitizer.h"
+
 namespace till {
 
 QString InputError::toString() const
@@ -10,7 +12,8 @@ QString InputError::toString() const
     text += QStringLiteral(": ");
     if (!path.isEmpty())
         text += path + QStringLiteral(": ");
-    return text + message;
+    // Paths and messages quote the file's own keys and values: one line, no escape sequence.
+    return LineSanitizer::escaped(text + message);
 }
 
 } // namespace till

@@ -18,7 +18,8 @@ struct InputError
 
     bool isEmpty() const { return message.isEmpty(); }
 
-    /// "file:line:column: message" for syntax errors, "file: path: message" otherwise.
+    /// "file:line:column: message" for syntax errors, "file: path: message"
+    /// otherwise; its control characters escaped, so that it stays one line.
     QString toString() const;
 };
 

@@ -21,6 +21,7 @@ private slots:
     void readsTheTillsSettings();
     void namesWhatIsMissing();
     void reportsABrokenDictionary();
+    void reportsAHostileDictionaryOnOneLine();
     void hostConfigurationTakesScenarioSettings();
     void filesWithSecretsAreTheOwnersAlone();
 };
@@ -92,6 +93,23 @@ void TestTillDataFolder::reportsABrokenDictionary()
     file.close();
     QVERIFY(!folder.readSettings(&error));
     QCOMPARE(error, QStringLiteral("%1: backReasons[0]: missing key \"name\"").arg(folder.dictionariesFile()));
+}
+
+// Every command prints this error to a terminal: a key of the file cannot add
+// a line of its own or colour the terminal.
+void TestTillDataFolder::reportsAHostileDictionaryOnOneLine()
+{
+    QTemporaryDir dir;
+    const TillDataFolder folder(dir.path());
+    QString error;
+    QVERIFY(folder.create(QStringLiteral("http://a"), QString(), &error));
+    QFile file(folder.dictionariesFile());
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(R"({"currencies": [{"code": 1, "name": "x", "\u001b[31mEVIL\r\nX-Forged: 1": 2}]})");
+    file.close();
+    QVERIFY(!folder.readSettings(&error));
+    QCOMPARE(error, QStringLiteral("%1: currencies[0].\\x1b[31mEVIL\\r\\nX-Forged: 1: unknown key (expected one of: code, name, type)")
+                        .arg(folder.dictionariesFile()));
 }
 
 void TestTillDataFolder::hostConfigurationTakesScenarioSettings()

@@ -141,6 +141,13 @@ void TestScenarioParser::refusesBadFiles_data()
     QTest::newRow("return reason kind not an integer")
         << QByteArray(R"({"name": "n", "till": {"backReasons": [{"code": 1, "name": "Брак", "kind": "2"}]}, )" + actions + "}")
         << QStringLiteral("bad.json: till.backReasons[0].kind: expected a number, found a string");
+    // A key or a value of the file reaches a terminal or a log in the message: as one line, with no escape sequence.
+    QTest::newRow("control characters in a key")
+        << QByteArray(R"({"name": "n", "\u001b[31mred\r\nX-Forged: 1": 1, )" + actions + "}")
+        << QStringLiteral("bad.json: \\x1b[31mred\\r\\nX-Forged: 1: unknown key (expected one of: name, description, till, documents, answers, actions, expect)");
+    QTest::newRow("control characters in a value")
+        << QByteArray(R"({"name": "n", "actions": [{"type": "clo\u0007se\u2028"}]})")
+        << QStringLiteral("bad.json: actions[0].type: unknown action \"clo\\x07se\\u2028\" (expected one of: bind, backBySale, input, card, coupon, add, reason, pay, stornoAll, close, restart)");
     QTest::newRow("no actions") << QByteArray(R"({"name": "n"})") << QStringLiteral("bad.json: missing key \"actions\"");
     QTest::newRow("empty actions") << QByteArray(R"({"name": "n", "actions": []})")
                                    << QStringLiteral("bad.json: actions: a scenario needs at least one action");
